@@ -1,0 +1,344 @@
+// SPDX-License-Identifier: MIT
+// Order attributes travel as comma text of name=value strings; these tests pin
+// the list's reading and writing of that text, its look-ups and its objects.
+#include "qalpack/runtime/StringList.h"
+
+#include <memory>
+#include <ostream>
+
+#include <QString>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+#include "qalpack/runtime/Exception.h"
+
+void PrintTo(const QString& s, std::ostream* os)
+{
+    *os << '"' << s.toStdString() << '"';
+}
+
+namespace {
+
+using qal::TDuplicates;
+using qal::TObjectStringList;
+using qal::TStringList;
+
+TStringList listOf(const QStringList& strings)
+{
+    TStringList list;
+    for (const QString& s : strings)
+        list.Add(s);
+    return list;
+}
+
+struct Counted
+{
+    static inline int alive = 0;
+    Counted() { ++alive; }
+    ~Counted() { --alive; }
+};
+
+class StringListObjects : public testing::Test
+{
+protected:
+    void SetUp() override { Counted::alive = 0; }
+    void TearDown() override { EXPECT_EQ(Counted::alive, 0); }
+};
+
+TEST(StringList, ReadsCommaText)
+{
+    const struct
+    {
+        const char* name;
+        QString text;
+        QStringList expected;
+    } rows[] = {
+        { "blank splits unquoted items", "a b,c", { "a", "b", "c" } },
+        { "empty item between commas", "a,,b", { "a", "", "b" } },
+        { "trailing comma adds empty item", "a,", { "a", "" } },
+        { "leading comma adds empty item", ",a", { "", "a" } },
+        { "blank after last comma swallows it", " , ", { "" } },
+        { "quoted item keeps blank", "\"x y\",z", { "x y", "z" } },
+        { "text after closing quote is next item", "\"ab\"cd", { "ab", "cd" } },
+        { "doubled quote is one quote", "\"a\"\"b\"", { "a\"b" } },
+        { "quoted comma", "\"a,b\",c", { "a,b", "c" } },
+        { "unterminated quote takes rest", "a,\"b c", { "a", "b c" } },
+        { "empty text", "", {} },
+        { "two quotes are one empty item", "\"\"", { "" } },
+        { "blanks around items dropped", " \t a , b\r\n", { "a", "b" } },
+        { "quote inside unquoted item", "Remark=\"a b\"", { "Remark=\"a", "b\"" } },
+        { "chinese name and value", "戶口=陳大文,Side=B", { "戶口=陳大文", "Side=B" } },
+        { "text ends at NUL", QString("a,b") + QChar(0) + ",c", { "a", "b" } },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        TStringList list;
+        list.Add("stale");
+        list.SetCommaText(row.text);
+        EXPECT_EQ(list.toQStringList(), row.expected);
+    }
+}
+
+TEST(StringList, WritesCommaText)
+{
+    const struct
+    {
+        const char* name;
+        QStringList strings;
+        QString expected;
+    } rows[] = {
+        { "empty list", {}, "" },
+        { "single empty string", { "" }, "\"\"" },
+        { "empty strings among others", { "a", "", "b" }, "a,,b" },
+        { "two empty strings", { "", "" }, "," },
+        { "blank quotes", { "InvestorID=77", "Remark=x y" }, "InvestorID=77,\"Remark=x y\"" },
+        { "quote doubled", { "a\"b" }, "\"a\"\"b\"" },
+        { "comma quotes", { "a,b" }, "\"a,b\"" },
+        { "control character quotes", { "\tx" }, "\"\tx\"" },
+        { "chinese stays bare", { "戶口=陳大文" }, "戶口=陳大文" },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(listOf(row.strings).CommaText(), row.expected);
+    }
+}
+
+// Every list of up to three strings from a pool of awkward ones.
+TEST(StringList, CommaTextAndTextRoundTrip)
+{
+    const QStringList pool
+        = { "", "a", "a b", "\"", "x,y", "k=v", "中文=買", " lead", "trail ", "\"q\"", "\t", "a\"\"b" };
+    std::vector<QStringList> lists = { {} };
+    for (int length = 1; length <= 3; ++length) {
+        std::vector<QStringList> longer;
+        for (const QStringList& list : lists)
+            if (list.size() == length - 1)
+                for (const QString& s : pool)
+                    longer.push_back(list + QStringList { s });
+        lists.insert(lists.end(), longer.begin(), longer.end());
+    }
+    for (const QStringList& strings : lists) {
+        const TStringList list = listOf(strings);
+        SCOPED_TRACE(list.CommaText().toStdString());
+        TStringList back;
+        back.SetCommaText(list.CommaText());
+        EXPECT_EQ(back.toQStringList(), strings);
+        back.SetText(list.Text());
+        EXPECT_EQ(back.toQStringList(), strings);
+    }
+}
+
+TEST(StringList, ReadsAndWritesLines)
+{
+    const struct
+    {
+        QString text;
+        QStringList expected;
+    } rows[] = {
+        { "a\r\nb", { "a", "b" } },
+        { "a\nb\rc", { "a", "b", "c" } },
+        { "a\r\n", { "a" } },
+        { "a\r\n\r\n", { "a", "" } },
+        { "a\n\rb", { "a", "", "b" } },
+        { "\r\n", { "" } },
+        { "", {} },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.text.toStdString());
+        TStringList list;
+        list.SetText(row.text);
+        EXPECT_EQ(list.toQStringList(), row.expected);
+    }
+    EXPECT_EQ(listOf({ "a", "" }).Text(), "a\r\n\r\n");
+}
+
+TEST(StringList, LooksUpNamesIgnoringCaseByDefault)
+{
+    TStringList list = listOf({ "Side=B", "Flag", "InvestorID=77", "Remark=a=b", "investorid=99" });
+    EXPECT_EQ(list.Values("investorid"), "77");
+    EXPECT_EQ(list.IndexOfName("INVESTORID"), 2);
+    EXPECT_EQ(list.Values("Remark"), "a=b");
+    EXPECT_EQ(list.IndexOfName("Flag"), -1) << "an entry without '=' has no name";
+    EXPECT_EQ(list.Names(1), "");
+    EXPECT_EQ(list.ValueFromIndex(1), "");
+    EXPECT_EQ(list.ValueFromIndex(list.IndexOfName("Absent")), "");
+    EXPECT_EQ(list.IndexOf("flag"), 1);
+    list.SetCaseSensitive(true);
+    EXPECT_EQ(list.Values("investorid"), "99");
+    EXPECT_EQ(list.IndexOf("flag"), -1);
+}
+
+TEST(StringList, SetValueReplacesAppendsOrDeletes)
+{
+    const struct
+    {
+        const char* name;
+        QString key, value;
+        QStringList expected;
+    } rows[] = {
+        { "replaces in place, spelt as given", "investorid", "88", { "A=1", "investorid=88", "B=2" } },
+        { "appends when absent", "Side", "S", { "A=1", "InvestorID=77", "B=2", "Side=S" } },
+        { "empty value deletes", "investorID", "", { "A=1", "B=2" } },
+        { "empty value for absent name", "Side", "", { "A=1", "InvestorID=77", "B=2" } },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        TStringList list = listOf({ "A=1", "InvestorID=77", "B=2" });
+        list.SetValue(row.key, row.value);
+        EXPECT_EQ(list.toQStringList(), row.expected);
+    }
+    TStringList sorted = listOf({ "A=1", "B=2" });
+    sorted.SetSorted(true);
+    EXPECT_THROW(sorted.SetValue("A", "3"), qal::Error);
+    sorted.SetValue("a", "");
+    EXPECT_EQ(sorted.toQStringList(), QStringList { "B=2" });
+}
+
+TEST(StringList, SortedAddAppliesDuplicates)
+{
+    const struct
+    {
+        TDuplicates mode;
+        int expectedIndex;
+        QStringList expected;
+    } rows[] = {
+        { TDuplicates::dupIgnore, 1, { "a", "b", "c" } },
+        { TDuplicates::dupAccept, 1, { "a", "B", "b", "c" } },
+        { TDuplicates::dupError, -1, { "a", "b", "c" } },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(static_cast<int>(row.mode));
+        TStringList list = listOf({ "c", "a", "b" });
+        list.SetSorted(true);
+        list.SetDuplicates(row.mode);
+        if (row.mode == TDuplicates::dupError) {
+            EXPECT_THROW(list.Add("B"), qal::Error);
+        } else {
+            EXPECT_EQ(list.Add("B"), row.expectedIndex);
+        }
+        EXPECT_EQ(list.toQStringList(), row.expected);
+        EXPECT_EQ(list.Add("bb"), static_cast<int>(row.expected.size()) - 1);
+    }
+}
+
+TEST(StringList, FindReportsFirstEqualOrInsertionPoint)
+{
+    TStringList list;
+    list.SetDuplicates(TDuplicates::dupAccept);
+    list.SetSorted(true);
+    for (const char* s : { "b", "a", "B", "c", "b" })
+        list.Add(s);
+    int index = -1;
+    EXPECT_TRUE(list.Find("B", index));
+    EXPECT_EQ(index, 1);
+    EXPECT_FALSE(list.Find("bb", index));
+    EXPECT_EQ(index, 4);
+    EXPECT_EQ(list.IndexOf("bb"), -1);
+    EXPECT_THROW(list.Insert(0, "a"), qal::Error);
+    EXPECT_THROW(list.SetStrings(0, "a"), qal::Error);
+}
+
+// Strings equal but for case keep their order, over enough of them that an
+// unstable sort would show.
+TEST(StringList, SortingIsStableAndFollowsCaseSensitivity)
+{
+    const auto casing = [](QString s, int mask) {
+        for (int bit = 0; bit < s.size(); ++bit)
+            if (mask & (1 << bit))
+                s[bit] = s[bit].toUpper();
+        return s;
+    };
+    QStringList input, expectedA, expectedZ;
+    for (int mask = 0; mask < 32; ++mask) {
+        input << casing("zzzzz", mask) << casing("aaaaa", mask);
+        expectedA << casing("aaaaa", mask);
+        expectedZ << casing("zzzzz", mask);
+    }
+    TStringList stable = listOf(input);
+    stable.SetSorted(true);
+    EXPECT_EQ(stable.toQStringList(), expectedA + expectedZ);
+
+    TStringList list = listOf({ "b", "A", "a", "B" });
+    list.SetSorted(true);
+    EXPECT_EQ(list.toQStringList(), (QStringList { "A", "a", "b", "B" }));
+    list.SetCaseSensitive(true);
+    EXPECT_EQ(list.toQStringList(), (QStringList { "A", "B", "a", "b" }));
+}
+
+TEST(StringList, BadIndexNamesTheIndex)
+{
+    TStringList list = listOf({ "a" });
+    try {
+        (void)list.Strings(1);
+        FAIL() << "no exception";
+    } catch (const qal::Error& error) {
+        EXPECT_EQ(error.message(), "List index out of bounds (1)");
+    }
+    EXPECT_THROW(list.Delete(-1), qal::Error);
+    EXPECT_THROW(list.Insert(2, "x"), qal::Error);
+    list.Insert(1, "b");
+    EXPECT_EQ(list.CommaText(), "a,b");
+}
+
+TEST_F(StringListObjects, OwningListFreesOnDeleteClearReplaceAndDestruction)
+{
+    TObjectStringList<Counted> list(true);
+    for (const char* s : { "a", "b", "c", "d" })
+        list.AddObject(s, new Counted);
+    list.Delete(0);
+    EXPECT_EQ(Counted::alive, 3);
+    list.SetObjects(0, new Counted);
+    EXPECT_EQ(Counted::alive, 3);
+    const std::unique_ptr<Counted> extracted(list.ExtractObject(0));
+    EXPECT_EQ(Counted::alive, 3);
+    list.Clear();
+    EXPECT_EQ(Counted::alive, 1);
+    list.AddObject("e", new Counted);
+}
+
+TEST_F(StringListObjects, OwningListFreesWhatItRefuses)
+{
+    TObjectStringList<Counted> list(true);
+    list.SetSorted(true);
+    auto* kept = new Counted;
+    list.AddObject("a", kept);
+    EXPECT_EQ(list.AddObject("A", new Counted), 0);
+    EXPECT_EQ(list.AddObject("A", kept), 0) << "the stored object is not freed";
+    list.SetDuplicates(TDuplicates::dupError);
+    EXPECT_THROW(list.AddObject("A", new Counted), qal::Error);
+    EXPECT_THROW(list.InsertObject(0, "b", new Counted), qal::Error);
+    EXPECT_EQ(Counted::alive, 1);
+    EXPECT_EQ(list.Object(0), kept);
+}
+
+TEST_F(StringListObjects, ListsThatDoNotOwnNeverFree)
+{
+    const auto object = std::make_unique<Counted>();
+    {
+        TObjectStringList<Counted> shared;
+        shared.AddObject("a", object.get());
+        TStringList copy;
+        copy.Assign(shared);
+        EXPECT_EQ(copy.Objects(0), object.get());
+        TObjectStringList<Counted> owning(true);
+        EXPECT_THROW(owning.Assign(shared), qal::Error);
+        TStringList noDeleter(true);
+        EXPECT_THROW(noDeleter.AddObject("a", object.get()), qal::Error);
+    }
+    EXPECT_EQ(Counted::alive, 1);
+}
+
+TEST_F(StringListObjects, MoveHandsOverOwnership)
+{
+    TObjectStringList<Counted> source(true);
+    source.AddObject("a", new Counted);
+    TObjectStringList<Counted> target(true);
+    target.AddObject("b", new Counted);
+    target = std::move(source);
+    EXPECT_EQ(Counted::alive, 1);
+    EXPECT_EQ(target.CommaText(), "a");
+    EXPECT_EQ(source.Count(), 0);
+}
+
+} // namespace
