@@ -1,0 +1,910 @@
+// SPDX-License-Identifier: MIT
+#include "qalpack/model/exchData.h"
+
+#include <array>
+#include <charconv>
+
+#include "qalpack/omslib/LineParser.h"
+#include "qalpack/runtime/Convert.h"
+#include "qalpack/runtime/Exception.h"
+#include "qalpack/runtime/Format.h"
+
+namespace qal {
+namespace {
+
+constexpr int kTerminatorTag = 502;
+constexpr QStringView kTerminatorValue = u"TRADE";
+
+void appendTag(QString& s, int tag)
+{
+    std::array<char, 16> buf {};
+    const auto end = std::to_chars(buf.data(), buf.data() + buf.size(), tag).ptr;
+    s.append(QLatin1StringView(buf.data(), end - buf.data()));
+    s.append(u'|');
+}
+
+// Texts shared by orders and trades: the untranslated status words, and the
+// side labels.
+QString rawStatusText(int code)
+{
+    switch (code) {
+    case StatusRejected: return QStringLiteral("Reje");
+    case StatusNone: return QString();
+    case StatusPending: return QStringLiteral("Pend");
+    case StatusPartial: return QStringLiteral("Part");
+    case StatusCompleted: return QStringLiteral("Comp");
+    case StatusCancelled: return QStringLiteral("Canc");
+    case StatusInactive: return QStringLiteral("Inac");
+    case StatusConfirmed: return QStringLiteral("Conf");
+    default: return QStringLiteral("Unknown");
+    }
+}
+
+int rawStatusCode(const QString& text)
+{
+    if (text.isEmpty())
+        return StatusNone;
+    const QStringView head = QStringView(text).left(4);
+    static constexpr std::array<std::pair<QStringView, int>, 7> kWords { {
+        { u"Reje", StatusRejected },
+        { u"Pend", StatusPending },
+        { u"Part", StatusPartial },
+        { u"Comp", StatusCompleted },
+        { u"Canc", StatusCancelled },
+        { u"Inac", StatusInactive },
+        { u"Conf", StatusConfirmed },
+    } };
+    for (const auto& [word, code] : kWords) {
+        if (head == word)
+            return code;
+    }
+    return StatusNone;
+}
+
+QString sideText(int side)
+{
+    switch (side) {
+    case 0: return resLabelOrderTypeBuy();
+    case 1: return resLabelOrderTypeSell();
+    default: return resLabelOrderTypeUnknown();
+    }
+}
+
+// The stop-price label an order's option word asks for, or none.
+const Label* stopLabel(int orderOption)
+{
+    if (!(orderOption & OptionStop))
+        return nullptr;
+    if (orderOption & OptionStopUp)
+        return &orderStopPriceUpTriggerLabel;
+    if (orderOption & OptionStopDown)
+        return &orderStopPriceDownTriggerLabel;
+    return &orderStopPriceLabel;
+}
+
+int toInt(QStringView value)
+{
+    return StrToIntDef(value, 0);
+}
+
+long double toFloat(QStringView value)
+{
+    return StrToFloatDef(value, 0);
+}
+
+void addIfNotEmpty(QString& s, int tag, const QString& value)
+{
+    if (!value.isEmpty())
+        DDSAddString(s, tag, value);
+}
+
+void addIfNotZero(QString& s, int tag, int value)
+{
+    if (value != 0)
+        DDSAddInteger(s, tag, value);
+}
+
+void addIfNotZero(QString& s, int tag, long double value)
+{
+    if (value != 0.0L)
+        DDSAddDouble(s, tag, double(value));
+}
+
+} // namespace
+
+const std::vector<Label>& exchDataLabels()
+{
+    static const std::vector<Label> labels {
+        resStrPrincipalTypeAgent, resStrPrincipalTypePrincipal, resStrPrincipalTypeRT,
+        resStrPrincipalTypeUnclassified, resStrTradeTypeOddLot, resStrTradeTypeManual, resStrTradeTypePreopen,
+        resStrTradeTypeOversea, resStrTradeTypeUnclassified, resStrNonHedge, resStrOrderHedge, resStrLiquidHedge,
+        resStrNotShortSell, resStrShortSell, resStrMMShortSell, resStrCoverShortSell, resStrSettleNormal,
+        resStrSettleIsolate, resStrSettleBuyIn, orderShortSellLabel, orderOddLotLabel, orderPrincipalTypeHouse,
+        orderPrincipalTypeRT, orderStopPriceLabel, orderStopPriceUpTriggerLabel, orderStopPriceDownTriggerLabel,
+        orderOpenLabel, orderCloseLabel, orderFAKLabel, orderFOKLabel, orderAOLabel, orderEnhancedLabel,
+        orderWorkLabel, orderVoidLabel, orderGoodtillWeekLabel, orderPreTradeLabel, orderMSEQLabel, orderPASSLabel,
+        orderCDOrderLabel, orderOpenEndLabel, orderDealerLabel,
+    };
+    return labels;
+}
+
+void DDSAddInteger(QString& s, int tag, int value)
+{
+    appendTag(s, tag);
+    std::array<char, 16> buf {};
+    const auto end = std::to_chars(buf.data(), buf.data() + buf.size(), value).ptr;
+    s.append(QLatin1StringView(buf.data(), end - buf.data()));
+    s.append(u'|');
+}
+
+void DDSAddDouble(QString& s, int tag, double value)
+{
+    appendTag(s, tag);
+    s.append(FixedText(value, 6));
+    s.append(u'|');
+}
+
+void DDSAddString(QString& s, int tag, QStringView value)
+{
+    appendTag(s, tag);
+    s.append(value);
+    s.append(u'|');
+}
+
+int CompareSuffixalSymbol(const QString& a, const QString& b)
+{
+    const qsizetype dotA = a.indexOf(u'.');
+    const qsizetype dotB = b.indexOf(u'.');
+    if (dotA < 0 && dotB < 0)
+        return QString::localeAwareCompare(a, b);
+    if (dotA < 0)
+        return -1;
+    if (dotB < 0)
+        return 1;
+    const int bySuffix = QStringView(a).mid(dotA + 1).localeAwareCompare(QStringView(b).mid(dotB + 1));
+    if (bySuffix != 0)
+        return bySuffix;
+    return QStringView(a).left(dotA).localeAwareCompare(QStringView(b).left(dotB));
+}
+
+SymbolNameSource::~SymbolNameSource() = default;
+
+// ---------------------------------------------------------------- TomsTrade
+
+TomsTrade::TomsTrade(QObject* owner)
+    : TChangeNotifier(owner)
+{
+}
+
+TomsTrade::TomsTrade(const QString& message, QObject* owner)
+    : TomsTrade(owner)
+{
+    applyMessage(message);
+}
+
+TomsTrade::TomsTrade(const TexchOrder& order, QObject* owner)
+    : TomsTrade(owner)
+{
+    Exch_No = order.Order_No;
+    Account = order.Account;
+    User = order.User;
+    Symbol = order.Symbol;
+    Side = order.Side;
+    Fill_Qty = order.Quantity;
+    Fill_Price = order.Price;
+    Runner = order.Runner;
+}
+
+TomsTrade::~TomsTrade() = default;
+
+void TomsTrade::applyMessage(QStringView message)
+{
+    forEachTaggedPair(message, [this](QStringView key, QStringView value) { updateField(key, value); });
+}
+
+void TomsTrade::updateField(QStringView key, QStringView value)
+{
+    int tag = 0;
+    if (!TryStrToInt(key, tag))
+        return;
+    switch (tag) {
+    case 7: Exch_No = value.toString(); break;
+    case 8: Order_No = value.toString(); break;
+    case 0: Symbol = value.toString(); break;
+    case 10: Account = value.toString(); break;
+    case 13: User = value.toString(); break;
+    case 3: Fill_Price = toFloat(value); break;
+    case 4: Fill_Qty = toInt(value); break;
+    case 11: Side = toInt(value); break;
+    case 47: Hedge = toInt(value); break;
+    case 46: Principal = toInt(value); break;
+    case 101: ShortSell = toInt(value); break;
+    case 45: BrokerID = value.toString(); break;
+    case 43: TradeType = toInt(value); break;
+    case 44: Field44 = toInt(value); break;
+    case 5: Status = toInt(value); break;
+    case 25: Remark = value.toString(); break;
+    case 33: EXE_Time = value.toString(); break;
+    case 20: Exch = value.toString(); break;
+    case 78: Field78 = value.toString(); break;
+    case 6: OmsOrder_No = value.toString(); break;
+    case 418: Runner = value.toString(); break;
+    default: break;
+    }
+}
+
+QString TomsTrade::DDSImageMessage() const
+{
+    QString s;
+    s.reserve(192);
+    DDSAddString(s, 7, Exch_No);
+    DDSAddString(s, 8, Order_No);
+    DDSAddString(s, 6, OmsOrder_No);
+    DDSAddString(s, 0, Symbol);
+    DDSAddString(s, 10, Account);
+    DDSAddInteger(s, 11, Side);
+    DDSAddString(s, 13, User);
+    DDSAddInteger(s, 4, Fill_Qty);
+    DDSAddDouble(s, 3, double(Fill_Price));
+    addIfNotZero(s, 5, Status);
+    addIfNotZero(s, 47, Hedge);
+    addIfNotZero(s, 46, Principal);
+    addIfNotZero(s, 101, ShortSell);
+    addIfNotEmpty(s, 45, BrokerID);
+    DDSAddInteger(s, 43, TradeType);
+    if (Field44 > 0)
+        DDSAddInteger(s, 44, Field44);
+    addIfNotEmpty(s, 33, EXE_Time);
+    addIfNotEmpty(s, 20, Exch);
+    addIfNotEmpty(s, 78, Field78);
+    addIfNotEmpty(s, 25, Remark);
+    addIfNotEmpty(s, 418, Runner);
+    DDSAddString(s, kTerminatorTag, kTerminatorValue);
+    return s;
+}
+
+void TomsTrade::assign(const TomsTrade& other)
+{
+    Exch_No = other.Exch_No;
+    Order_No = other.Order_No;
+    Symbol = other.Symbol;
+    Account = other.Account;
+    User = other.User;
+    Fill_Price = other.Fill_Price;
+    Fill_Qty = other.Fill_Qty;
+    Side = other.Side;
+    Hedge = other.Hedge;
+    Principal = other.Principal;
+    ShortSell = other.ShortSell;
+    BrokerID = other.BrokerID;
+    TradeType = other.TradeType;
+    Field44 = other.Field44;
+    Status = other.Status;
+    Remark = other.Remark;
+    EXE_Time = other.EXE_Time;
+    Exch = other.Exch;
+    Field78 = other.Field78;
+    OmsOrder_No = other.OmsOrder_No;
+    Runner = other.Runner;
+    SymbolEng = other.SymbolEng;
+    SymbolChi = other.SymbolChi;
+}
+
+QString TomsTrade::exchTradeNum() const
+{
+    return Order_No.mid(1);
+}
+
+QString TomsTrade::statusMessage() const
+{
+    switch (Status) {
+    case StatusRejected: return resLabelOrderStatusReject();
+    case StatusNone: return resLabelOrderStatusNull();
+    case StatusPending: return resLabelOrderStatusPending();
+    case StatusCompleted: return resLabelOrderStatusFill();
+    case StatusCancelled: return resLabelOrderStatusCancel();
+    case StatusInactive: return resLabelOrderStatusInactive();
+    default: return resLabelOrderStatusUnknown();
+    }
+}
+
+QString TomsTrade::RawStatus(int code) const
+{
+    return rawStatusText(code);
+}
+
+int TomsTrade::RawStatus(const QString& text) const
+{
+    return rawStatusCode(text);
+}
+
+QString TomsTrade::GetBuySellText() const
+{
+    return sideText(Side);
+}
+
+QString TomsTrade::getPrincipal() const
+{
+    switch (Principal) {
+    case 11: return resStrPrincipalTypeAgent();
+    case 12: return resStrPrincipalTypePrincipal();
+    case 13: return resStrPrincipalTypeRT();
+    default: return resStrPrincipalTypeUnclassified();
+    }
+}
+
+QString TomsTrade::getTradeType() const
+{
+    switch (TradeType) {
+    case 0: return QString();
+    case 1: return resStrTradeTypeOddLot();
+    case 2: return resStrTradeTypeManual();
+    case 3: return resStrTradeTypePreopen();
+    case 4: return resStrTradeTypeOversea();
+    default: return resStrTradeTypeUnclassified();
+    }
+}
+
+QString TomsTrade::getHedge() const
+{
+    switch (Hedge) {
+    case 1: return resStrNonHedge();
+    case 2: return resStrOrderHedge();
+    case 3: return resStrLiquidHedge();
+    default: return QString();
+    }
+}
+
+QString TomsTrade::getShortSell() const
+{
+    switch (ShortSell) {
+    case 0: return resStrNotShortSell();
+    case 1: return resStrShortSell();
+    case 2: return resStrMMShortSell();
+    case 3: return resStrCoverShortSell();
+    default: return QString();
+    }
+}
+
+void TomsTrade::AssignName(const SymbolNameSource& source)
+{
+    SymbolEng = source.englishName(Symbol);
+    SymbolChi = source.chineseName(Symbol);
+}
+
+// --------------------------------------------------------------- TexchOrder
+
+TexchOrder::TexchOrder(QObject* owner)
+    : TChangeNotifier(owner)
+{
+}
+
+TexchOrder::TexchOrder(const QString& message, QObject* owner)
+    : TexchOrder(owner)
+{
+    applyMessage(message);
+}
+
+TexchOrder::~TexchOrder() = default;
+
+void TexchOrder::applyMessage(QStringView message)
+{
+    forEachTaggedPair(message, [this](QStringView key, QStringView value) { updateField(key, value); });
+}
+
+void TexchOrder::updateField(QStringView key, QStringView value)
+{
+    int tag = 0;
+    if (!TryStrToInt(key, tag))
+        return;
+    switch (tag) {
+    case 6: OmsOrder_No = value.toString(); break;
+    case 7: Order_No = value.toString(); break;
+    case 15: ref_no = value.toString(); break;
+    case 0: Symbol = value.toString(); break;
+    case 10: Account = value.toString(); break;
+    case 13: User = value.toString(); break;
+    case 3: Price = toFloat(value); break;
+    case 4: Quantity = toInt(value); break;
+    case 11: Side = toInt(value); break;
+    case 5: Status = toInt(value); break;
+    case 40: OrderOption = toInt(value); break;
+    case 489: Option489 = toInt(value); break;
+    case 490: Option490 = toInt(value); break;
+    case 491: Option491 = toInt(value); break;
+    case 492: Option492 = toInt(value); break;
+    case 47: Field47 = toInt(value); break;
+    case 46: PrincipalType = toInt(value); break;
+    case 101: ShortSell = toInt(value); break;
+    case 45: CounterParty = value.toString(); break;
+    case 25: Remark = value.toString(); break;
+    case 34: Fill_Qty = toInt(value); break;
+    case 35: Field35 = toInt(value); break;
+    case 48: Field48 = toInt(value); break;
+    case 33: Order_Time = value.toString(); break;
+    case 501: Order_Time501 = value.toString(); break;
+    case 41: StopPrice = toFloat(value); break;
+    case 42: Price42 = toFloat(value); break;
+    case 493: Price493 = toFloat(value); break;
+    case 494: Price494 = toFloat(value); break;
+    case 1105: Field1105 = toInt(value); break;
+    case 1106: Field1106 = toInt(value); break;
+    case 1107: Field1107 = toInt(value); break;
+    case 1108: Field1108 = toInt(value); break;
+    case 12: OpenClose = toInt(value); break;
+    case 39: Field39 = toInt(value); break;
+    case 464: Field464 = toInt(value); break;
+    case 20: Exch = value.toString(); break;
+    case 78: BrokerID = value.toString(); break;
+    case 43: Field43 = toInt(value); break;
+    case 44: Field44 = toInt(value); break;
+    case 74: User_Ref = value.toString(); break;
+    case 418: Runner = value.toString(); break;
+    case 2020: riskCtrlLevel = value.toString(); break;
+    case 1119: Last_MOD_Time = value.toString(); break;
+    case 487: Attributes.SetCommaText(value.toString()); break;
+    case 191: Field191 = value.toString(); break;
+    default: break;
+    }
+}
+
+QString TexchOrder::DDSImageMessage() const
+{
+    QString s;
+    s.reserve(256);
+    addIfNotEmpty(s, 6, OmsOrder_No);
+    addIfNotEmpty(s, 7, Order_No);
+    DDSAddString(s, 0, Symbol);
+    addIfNotEmpty(s, 10, Account);
+    if (Side >= 0)
+        DDSAddInteger(s, 11, Side);
+    addIfNotEmpty(s, 13, User);
+    DDSAddInteger(s, 4, Quantity);
+    DDSAddDouble(s, 3, double(Price));
+    addIfNotEmpty(s, 15, ref_no);
+    addIfNotZero(s, 5, Status);
+    addIfNotZero(s, 39, Field39);
+    addIfNotZero(s, 464, Field464);
+    addIfNotEmpty(s, 33, Order_Time);
+    addIfNotEmpty(s, 501, Order_Time501);
+    addIfNotEmpty(s, 25, Remark);
+    DDSAddInteger(s, 34, Fill_Qty);
+    DDSAddInteger(s, 35, Field35);
+    if (Status == StatusCancelled)
+        DDSAddInteger(s, 48, Field48);
+    addIfNotZero(s, 40, OrderOption);
+    addIfNotZero(s, 489, Option489);
+    addIfNotZero(s, 490, Option490);
+    addIfNotZero(s, 491, Option491);
+    addIfNotZero(s, 492, Option492);
+    addIfNotZero(s, 41, StopPrice);
+    addIfNotZero(s, 42, Price42);
+    addIfNotZero(s, 493, Price493);
+    addIfNotZero(s, 494, Price494);
+    if (OpenClose > 0)
+        DDSAddInteger(s, 12, OpenClose);
+    addIfNotZero(s, 47, Field47);
+    addIfNotZero(s, 46, PrincipalType);
+    addIfNotZero(s, 101, ShortSell);
+    addIfNotEmpty(s, 45, CounterParty);
+    addIfNotEmpty(s, 20, Exch);
+    addIfNotEmpty(s, 78, BrokerID);
+    addIfNotZero(s, 1105, Field1105);
+    addIfNotZero(s, 1106, Field1106);
+    addIfNotZero(s, 1107, Field1107);
+    addIfNotZero(s, 1108, Field1108);
+    if (Field44 >= 0)
+        DDSAddInteger(s, 44, Field44);
+    if (Field43 >= 0)
+        DDSAddInteger(s, 43, Field43);
+    addIfNotEmpty(s, 74, User_Ref);
+    addIfNotEmpty(s, 418, Runner);
+    addIfNotEmpty(s, 2020, riskCtrlLevel);
+    addIfNotEmpty(s, 487, Attributes.CommaText());
+    addIfNotEmpty(s, 191, Field191);
+    DDSAddString(s, kTerminatorTag, kTerminatorValue);
+    return s;
+}
+
+QString TexchOrder::statusMessage() const
+{
+    switch (Status) {
+    case StatusRejected: return resLabelOrderStatusReject();
+    case StatusNone: return resLabelOrderStatusNull();
+    case StatusPending: return resLabelOrderStatusPending();
+    case StatusPartial: return resLabelOrderStatusPartial();
+    case StatusCompleted: return resLabelOrderStatusFill();
+    case StatusCancelled: return resLabelOrderStatusCancel();
+    case StatusInactive: return resLabelOrderStatusInactive();
+    case StatusConfirmed: return resLabelOrderStatusConfirm();
+    default: return resLabelOrderStatusUnknown();
+    }
+}
+
+void TexchOrder::reset()
+{
+    const int keep43 = Field43;
+    const int keep44 = Field44;
+    assignFields(TexchOrder());
+    Trades.clear();
+    Field43 = keep43;
+    Field44 = keep44;
+}
+
+QString TexchOrder::GetBuySellText() const
+{
+    return sideText(Side);
+}
+
+QString TexchOrder::GetRemark() const
+{
+    return Remark;
+}
+
+QString TexchOrder::RawStatus(int code) const
+{
+    return rawStatusText(code);
+}
+
+int TexchOrder::RawStatus(const QString& text) const
+{
+    return rawStatusCode(text);
+}
+
+int TexchOrder::CalculateFillQty() const
+{
+    int filled = 0;
+    for (const TradeEntry& entry : Trades) {
+        if (entry.trade && entry.trade->Status == StatusCompleted && entry.trade->Side == Side)
+            filled += entry.trade->Fill_Qty;
+    }
+    return filled;
+}
+
+int TexchOrder::CalculateQueuQty() const
+{
+    if (Status == StatusPending || Status == StatusPartial)
+        return Quantity - CalculateFillQty();
+    return 0;
+}
+
+void TexchOrder::NotifierUpdate()
+{
+    FireEvent(this);
+}
+
+void TexchOrder::assignFields(const TexchOrder& other)
+{
+    OmsOrder_No = other.OmsOrder_No;
+    Order_No = other.Order_No;
+    ref_no = other.ref_no;
+    Symbol = other.Symbol;
+    Account = other.Account;
+    User = other.User;
+    Price = other.Price;
+    Quantity = other.Quantity;
+    Side = other.Side;
+    Status = other.Status;
+    OrderOption = other.OrderOption;
+    Option489 = other.Option489;
+    Option490 = other.Option490;
+    Option491 = other.Option491;
+    Option492 = other.Option492;
+    Field47 = other.Field47;
+    PrincipalType = other.PrincipalType;
+    ShortSell = other.ShortSell;
+    CounterParty = other.CounterParty;
+    Remark = other.Remark;
+    Fill_Qty = other.Fill_Qty;
+    Field35 = other.Field35;
+    Field48 = other.Field48;
+    Order_Time = other.Order_Time;
+    Order_Time501 = other.Order_Time501;
+    Order_Date = other.Order_Date;
+    EXE_Time = other.EXE_Time;
+    StopPrice = other.StopPrice;
+    Price42 = other.Price42;
+    Price493 = other.Price493;
+    Price494 = other.Price494;
+    Field1105 = other.Field1105;
+    Field1106 = other.Field1106;
+    Field1107 = other.Field1107;
+    Field1108 = other.Field1108;
+    OpenClose = other.OpenClose;
+    Field39 = other.Field39;
+    Field464 = other.Field464;
+    ManualSelector = other.ManualSelector;
+    Exch = other.Exch;
+    BrokerID = other.BrokerID;
+    Field43 = other.Field43;
+    Field44 = other.Field44;
+    User_Ref = other.User_Ref;
+    Runner = other.Runner;
+    riskCtrlLevel = other.riskCtrlLevel;
+    Last_MOD_Time = other.Last_MOD_Time;
+    Attributes.Assign(other.Attributes);
+    Field191 = other.Field191;
+    SymbolEng = other.SymbolEng;
+    SymbolChi = other.SymbolChi;
+}
+
+void TexchOrder::assign(const TexchOrder& other)
+{
+    if (&other == this)
+        return;
+    assignFields(other);
+    Trades = other.Trades;
+}
+
+void TexchOrder::assign(const TomsTrade& trade)
+{
+    OmsOrder_No = trade.OmsOrder_No;
+    Order_No = trade.Order_No;
+    Symbol = trade.Symbol;
+    Account = trade.Account;
+    User = trade.User;
+    Side = trade.Side;
+    Status = trade.Status;
+    Price = trade.Fill_Price;
+    Quantity = trade.Fill_Qty;
+    Fill_Qty = trade.Fill_Qty;
+    PrincipalType = trade.Principal;
+    Field47 = trade.Hedge;
+    ShortSell = trade.ShortSell;
+    Field43 = trade.TradeType;
+    Field44 = trade.Field44;
+    Exch = trade.Exch;
+    Remark = trade.Remark;
+    Order_Time = trade.EXE_Time;
+    Runner = trade.Runner;
+}
+
+TomsTrade* TexchOrder::addTrade(TomsTrade* trade)
+{
+    if (trade)
+        Trades.push_back({ trade->Order_No, trade });
+    return trade;
+}
+
+TomsTrade* TexchOrder::GetTrade(const QString& key) const
+{
+    for (const TradeEntry& entry : Trades) {
+        if (entry.key == key)
+            return entry.trade.data();
+    }
+    return nullptr;
+}
+
+void TexchOrder::copyTradesFrom(const TexchOrder& other)
+{
+    if (&other == this)
+        return;
+    for (const TradeEntry& entry : other.Trades) {
+        if (entry.trade)
+            addTrade(entry.trade.data());
+    }
+}
+
+int TexchOrder::betterPrice(double price) const
+{
+    const double d = double(Price) - price;
+    const int r = d > 0.0001 ? 1 : (d < -0.0001 ? -1 : 0);
+    switch (Side) {
+    case 0: return r;
+    case 1: return -r;
+    default: throw InvalidOrderType();
+    }
+}
+
+QString TexchOrder::GetOrderOptionInfo() const
+{
+    QString s;
+    if (OrderOption & OptionAuction)
+        s += orderAOLabel();
+    if (const Label* stop = stopLabel(OrderOption))
+        s += Format((*stop)(), { StopPrice });
+    if (PrincipalType == 12)
+        s += orderPrincipalTypeHouse();
+    else if (PrincipalType == 13)
+        s += orderPrincipalTypeRT();
+    if (OrderOption & OptionFOK)
+        s += orderFOKLabel();
+    if (OrderOption & OptionFAK)
+        s += orderFAKLabel();
+    s += User_Ref;
+    if ((OrderOption & OrderKindMask) == OrderKindOddLot)
+        s += orderOddLotLabel();
+    return s;
+}
+
+void TexchOrder::AssignName(const SymbolNameSource& source)
+{
+    SymbolEng = source.englishName(Symbol);
+    SymbolChi = source.chineseName(Symbol);
+}
+
+// ----------------------------------------------------------- amsManualTrade
+
+amsManualTrade::amsManualTrade(QObject* owner)
+    : TexchOrder(owner)
+{
+}
+
+amsManualTrade::amsManualTrade(const QString& message, QObject* owner)
+    : TexchOrder(owner)
+{
+    applyMessage(message);
+}
+
+amsManualTrade::~amsManualTrade() = default;
+
+void amsManualTrade::updateField(QStringView key, QStringView value)
+{
+    TexchOrder::updateField(key, value);
+    switch (StrToIntDef(key, -1)) {
+    case 8: Trade_No = value.toString(); break;
+    case 43: TradeType = toInt(value); break;
+    case 44: TradeField44 = toInt(value); break;
+    default: break;
+    }
+}
+
+QString amsManualTrade::DDSImageMessage() const
+{
+    QString s = TexchOrder::DDSImageMessage();
+    DDSAddInteger(s, 43, TradeType);
+    DDSAddInteger(s, 44, TradeField44);
+    return s;
+}
+
+void amsManualTrade::reset()
+{
+    TexchOrder::reset();
+    Trade_No.clear();
+    TradeType = 0;
+    TradeField44 = 0;
+}
+
+QString amsManualTrade::exchTradeNum() const
+{
+    return Trade_No.mid(1);
+}
+
+// ---------------------------------------------------------- amsOrderHistory
+
+amsOrderHistory::amsOrderHistory(QObject* owner)
+    : TexchOrder(owner)
+{
+}
+
+amsOrderHistory::amsOrderHistory(const QString& message, QObject* owner)
+    : TexchOrder(owner)
+{
+    applyMessage(message);
+}
+
+amsOrderHistory::~amsOrderHistory() = default;
+
+void amsOrderHistory::updateField(QStringView key, QStringView value)
+{
+    TexchOrder::updateField(key, value);
+    if (StrToIntDef(key, -1) == 9)
+        Action = value.toString();
+}
+
+QString amsOrderHistory::DDSImageMessage() const
+{
+    QString s = TexchOrder::DDSImageMessage();
+    DDSAddString(s, 9, Action);
+    return s;
+}
+
+void amsOrderHistory::reset()
+{
+    TexchOrder::reset();
+    Action.clear();
+}
+
+// ------------------------------------------------------------ amsCrossOrder
+
+amsCrossOrder::amsCrossOrder(QObject* owner)
+    : TexchOrder(owner)
+{
+}
+
+amsCrossOrder::amsCrossOrder(const QString& message, QObject* owner)
+    : TexchOrder(owner)
+{
+    applyMessage(message);
+}
+
+amsCrossOrder::~amsCrossOrder() = default;
+
+void amsCrossOrder::updateField(QStringView key, QStringView value)
+{
+    TexchOrder::updateField(key, value);
+    switch (StrToIntDef(key, -1)) {
+    case 110: ContraAccount = value.toString(); break;
+    case 113: ContraUser = value.toString(); break;
+    default: break;
+    }
+}
+
+QString amsCrossOrder::DDSImageMessage() const
+{
+    QString s = TexchOrder::DDSImageMessage();
+    addIfNotEmpty(s, 110, ContraAccount);
+    addIfNotEmpty(s, 113, ContraUser);
+    return s;
+}
+
+void amsCrossOrder::reset()
+{
+    TexchOrder::reset();
+    ContraAccount.clear();
+    ContraUser.clear();
+}
+
+// -------------------------------------------------------------- amsCTFTrade
+
+amsCTFTrade::amsCTFTrade(QObject* owner)
+    : TomsTrade(owner)
+{
+}
+
+amsCTFTrade::amsCTFTrade(const QString& message, QObject* owner)
+    : TomsTrade(owner)
+{
+    applyMessage(message);
+}
+
+amsCTFTrade::~amsCTFTrade() = default;
+
+void amsCTFTrade::updateField(QStringView key, QStringView value)
+{
+    TomsTrade::updateField(key, value);
+    if (StrToIntDef(key, -1) == 76)
+        CTFBroker = value.toString();
+}
+
+QString amsCTFTrade::DDSImageMessage() const
+{
+    QString s = TomsTrade::DDSImageMessage();
+    addIfNotEmpty(s, 76, CTFBroker);
+    return s;
+}
+
+// ------------------------------------------------------------ amsCrossTrade
+
+amsCrossTrade::amsCrossTrade(QObject* owner)
+    : TomsTrade(owner)
+{
+}
+
+amsCrossTrade::amsCrossTrade(const QString& message, QObject* owner)
+    : TomsTrade(owner)
+{
+    applyMessage(message);
+}
+
+amsCrossTrade::~amsCrossTrade() = default;
+
+void amsCrossTrade::updateField(QStringView key, QStringView value)
+{
+    TomsTrade::updateField(key, value);
+    switch (StrToIntDef(key, -1)) {
+    case 110: ContraAccount = value.toString(); break;
+    case 113: ContraUser = value.toString(); break;
+    default: break;
+    }
+}
+
+QString amsCrossTrade::DDSImageMessage() const
+{
+    QString s = TomsTrade::DDSImageMessage();
+    addIfNotEmpty(s, 110, ContraAccount);
+    addIfNotEmpty(s, 113, ContraUser);
+    return s;
+}
+
+} // namespace qal
