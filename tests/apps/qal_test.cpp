@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+// The qal tool as a user runs it: real process, real arguments and stdin.
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include "qalpack/omslib/CodePage950.h"
+#include "tests/support/QtPrinters.h"
+
+namespace {
+
+struct ToolRun
+{
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+ToolRun qal(const QStringList& arguments, const QByteArray& input = {})
+{
+    QProcess process;
+    process.start(QStringLiteral(QAL_TOOL_PATH), arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    EXPECT_TRUE(process.waitForFinished(30000));
+    return { process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+        QString::fromUtf8(process.readAllStandardError()) };
+}
+
+TEST(QalDecode, PrintsPropertiesTextsQuantitiesAndTheMessageWrittenBack)
+{
+    const ToolRun run = qal({ "decode", "H|0|0005.HK|4|1000|3|12.5|11|1|5|1|40|2560|41|12.3" });
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    for (const char* line : { "RSymbol           0005.HK", "RSide             SELL", "RStatus           Pend",
+             "option            AO;STP:12.300;", "queueQty          1000",
+             "message           0|0005.HK|11|1|4|1000|3|12.500000|5|1|34|0|35|0|40|2560|41|12.300000|44|0|43|0|"
+             "502|TRADE|" }) {
+        EXPECT_TRUE(run.out.contains(QString::fromUtf8(line))) << line << "\n" << run.out.toStdString();
+    }
+}
+
+TEST(QalDecode, ReadsStdinLineByLineAndGoesOnAfterABadLine)
+{
+    const QByteArray input = "H|8|T1|4|100|5|3\n\nnot a message\nH|8|T2|4|200\n";
+    const ToolRun run = qal({ "decode", "--trade", "--json" }, input);
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_TRUE(run.err.contains(u"line 3: no tag|value field")) << run.err.toStdString();
+
+    const QStringList lines = run.out.split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3);
+    const QJsonObject first = QJsonDocument::fromJson(lines[0].toUtf8()).object();
+    EXPECT_EQ(first[u"type"].toString(), u"TomsTrade");
+    EXPECT_EQ(first[u"status"].toString(), u"Comp");
+    EXPECT_EQ(first[u"properties"].toObject()[u"RFill_Qty"].toInt(), 100);
+    EXPECT_EQ(QJsonDocument::fromJson(lines[1].toUtf8()).object()[u"error"].toString(),
+        u"no tag|value field in \"not a message\"");
+    EXPECT_EQ(QJsonDocument::fromJson(lines[2].toUtf8()).object()[u"tradeNumber"].toString(), u"2");
+}
+
+TEST(QalDecode, DecodesWireBytesInCodePage950)
+{
+    const QByteArray wire = qal::cp950::encode(QStringLiteral("H|0|0005.HK|25|李四峯"));
+    const ToolRun run = qal({ "decode", "--json", "--encoding", "cp950" }, wire + '\n');
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QJsonObject object = QJsonDocument::fromJson(run.out.toUtf8()).object();
+    EXPECT_EQ(object[u"remark"].toString(), u"李四峯");
+}
+
+TEST(QalDecode, RejectsInvalidUtf8AndUnknownOptions)
+{
+    EXPECT_EQ(qal({ "decode" }, "H|0|\xff\xfe\n").exitCode, 1);
+    EXPECT_EQ(qal({ "decode", "--encoding", "latin9", "H|0|A" }).exitCode, 2);
+    EXPECT_EQ(qal({ "decode", "--bogus" }).exitCode, 2);
+    EXPECT_EQ(qal({ "frobnicate" }).exitCode, 2);
+    const ToolRun help = qal({ "decode", "--help" });
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_TRUE(help.out.contains(u"--trade"));
+}
+
+} // namespace
