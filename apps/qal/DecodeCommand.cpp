@@ -12,6 +12,7 @@
 #include <QTextStream>
 
 #include "qalpack/model/exchData.h"
+#include "qalpack/model/omsData.h"
 #include "qalpack/omslib/CodePage950.h"
 #include "qalpack/omslib/LineParser.h"
 #include "qalpack/runtime/Convert.h"
@@ -19,7 +20,7 @@
 namespace qal::tool {
 namespace {
 
-enum class RecordKind { ExchangeOrder, Trade };
+enum class RecordKind { ExchangeOrder, ClientOrder, Trade };
 
 struct Options
 {
@@ -65,6 +66,25 @@ Decoded decodeOrder(const QString& message)
     return decoded;
 }
 
+Decoded decodeClientOrder(const QString& message)
+{
+    const TomsOrder order(message);
+    Decoded decoded;
+    decoded.type = QStringLiteral("TomsOrder");
+    readProperties(order, decoded);
+    decoded.extras = {
+        { QStringLiteral("status"), order.statusMessage() },
+        { QStringLiteral("side"), order.GetBuySellText() },
+        { QStringLiteral("option"), order.GetOrderOptionInfo() },
+        { QStringLiteral("remark"), order.GetRemark() },
+        { QStringLiteral("remainingQty"), order.GetRemainingQty() },
+        { QStringLiteral("fillQty"), order.Fill_Qty },
+        { QStringLiteral("queueQty"), order.CalculateQueuQty() },
+    };
+    decoded.message = order.DDSImageMessage();
+    return decoded;
+}
+
 Decoded decodeTrade(const QString& message)
 {
     const TomsTrade trade(message);
@@ -96,7 +116,8 @@ void printText(QTextStream& out, const Decoded& d)
 {
     out << d.type << '\n';
     auto print = [&out](const QString& name, const QVariant& value) {
-        out << "  " << qSetFieldWidth(18) << Qt::left << name << qSetFieldWidth(0) << value.toString() << '\n';
+        out << "  " << qSetFieldWidth(18) << Qt::left << name << qSetFieldWidth(0) << value.toString()
+            << '\n';
     };
     for (const auto& [name, value] : d.properties)
         print(name, value);
@@ -124,8 +145,7 @@ public:
         : options_(options)
         , out_(out)
         , err_(err)
-    {
-    }
+    { }
 
     void decode(const QString& message, const QString& where)
     {
@@ -133,7 +153,9 @@ public:
             fail(where, QStringLiteral("no tag|value field in \"%1\"").arg(message));
             return;
         }
-        const Decoded d = options_.kind == RecordKind::Trade ? decodeTrade(message) : decodeOrder(message);
+        const Decoded d = options_.kind == RecordKind::Trade ? decodeTrade(message)
+            : options_.kind == RecordKind::ClientOrder       ? decodeClientOrder(message)
+                                                             : decodeOrder(message);
         if (options_.json)
             printJson(out_, d);
         else
@@ -147,7 +169,8 @@ public:
         err_ << "qal decode: " << where << ": " << problem << '\n';
         err_.flush();
         if (options_.json) {
-            const QJsonObject object { { QStringLiteral("input"), where }, { QStringLiteral("error"), problem } };
+            const QJsonObject object { { QStringLiteral("input"), where },
+                { QStringLiteral("error"), problem } };
             out_ << QJsonDocument(object).toJson(QJsonDocument::Compact) << '\n';
             out_.flush();
         }
@@ -201,14 +224,20 @@ int runDecode(const QStringList& arguments, QTextStream& out, QTextStream& err)
         "from the arguments, or one per line from standard input, and prints for each the record's\n"
         "published properties, its status, side, option and remark texts, its fill and queue\n"
         "quantities, and the message it writes back."));
-    const QCommandLineOption trade(QStringLiteral("trade"), QStringLiteral("Read trade messages (TomsTrade)."));
+    const QCommandLineOption trade(
+        QStringLiteral("trade"), QStringLiteral("Read trade messages (TomsTrade)."));
+    const QCommandLineOption order(QStringLiteral("order"),
+        QStringLiteral("Read client order messages (TomsOrder): adds the full instruction remark and the\n"
+                       "remaining quantity."));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("One JSON object per message."));
     const QCommandLineOption encoding(QStringLiteral("encoding"),
         QStringLiteral("Encoding of standard input: utf-8 (default) or cp950 (the OMS wire code page)."),
         QStringLiteral("name"), QStringLiteral("utf-8"));
-    const QCommandLineOption help({ QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ trade, json, encoding, help });
-    parser.addPositionalArgument(QStringLiteral("message"), QStringLiteral("Messages to decode."), QStringLiteral("[message...]"));
+    const QCommandLineOption help(
+        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
+    parser.addOptions({ order, trade, json, encoding, help });
+    parser.addPositionalArgument(
+        QStringLiteral("message"), QStringLiteral("Messages to decode."), QStringLiteral("[message...]"));
 
     if (!parser.parse(QStringList { QStringLiteral("qal decode") } + arguments)) {
         err << "qal decode: " << parser.errorText() << '\n';
@@ -219,7 +248,13 @@ int runDecode(const QStringList& arguments, QTextStream& out, QTextStream& err)
         return 0;
     }
     Options options;
-    options.kind = parser.isSet(trade) ? RecordKind::Trade : RecordKind::ExchangeOrder;
+    if (parser.isSet(order) && parser.isSet(trade)) {
+        err << "qal decode: --order and --trade exclude each other\n";
+        return 2;
+    }
+    options.kind = parser.isSet(trade) ? RecordKind::Trade
+        : parser.isSet(order)          ? RecordKind::ClientOrder
+                                       : RecordKind::ExchangeOrder;
     options.json = parser.isSet(json);
     const QString encodingName = parser.value(encoding).toLower();
     if (encodingName == u"cp950" || encodingName == u"950" || encodingName == u"big5") {

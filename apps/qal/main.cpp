@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "apps/qal/DecodeCommand.h"
+#include "apps/qal/TickCommand.h"
 
 namespace {
 
@@ -13,6 +14,7 @@ constexpr auto kUsage = R"(Usage: qal <command> [options]
 
 Commands:
   decode   read tagged order or trade messages and show the records they make
+  tick     show where prices stand on an exchange's price-spread ladder
 
 Run "qal <command> --help" for a command's options.
 )";
@@ -35,6 +37,8 @@ int main(int argc, char** argv)
     const QString command = arguments.takeFirst();
     if (command == u"decode")
         return qal::tool::runDecode(arguments, out, err);
+    if (command == u"tick")
+        return qal::tool::runTick(arguments, out, err);
     err << "qal: unknown command \"" << command << "\"\n" << kUsage;
     return 2;
 }

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdint>
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QStringList>
 #include <QTextStream>
@@ -209,12 +208,6 @@ double TSpreadTable::CorrectError(double value) noexcept
     // The default floating-point rounding mode sends halves to even.
     const auto units = static_cast<std::int64_t>(std::nearbyint(scaled));
     return static_cast<double>(units) / kCorrectionScale;
-}
-
-QString _res_LoadSpreadError()
-{
-    return QCoreApplication::translate(
-        "SpreadTable", "Loading spread (%s) error. Reset order input spread size to 1.");
 }
 
 } // namespace qal

@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include "qalpack/model/ResourceLabel.h"
 #include "qalpack/qalpack_export.h"
 
 namespace qal {
@@ -127,6 +128,6 @@ private:
 
 // "Loading spread (%s) error. Reset order input spread size to 1.", for the
 // host to show when a table's LoadError() is set; %s takes the spread text.
-[[nodiscard]] QALPACK_EXPORT QString _res_LoadSpreadError();
+inline constexpr Label _res_LoadSpreadError = res_LoadSpreadError;
 
 } // namespace qal

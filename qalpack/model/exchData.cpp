@@ -28,15 +28,24 @@ void appendTag(QString& s, int tag)
 QString rawStatusText(int code)
 {
     switch (code) {
-    case StatusRejected: return QStringLiteral("Reje");
-    case StatusNone: return QString();
-    case StatusPending: return QStringLiteral("Pend");
-    case StatusPartial: return QStringLiteral("Part");
-    case StatusCompleted: return QStringLiteral("Comp");
-    case StatusCancelled: return QStringLiteral("Canc");
-    case StatusInactive: return QStringLiteral("Inac");
-    case StatusConfirmed: return QStringLiteral("Conf");
-    default: return QStringLiteral("Unknown");
+    case StatusRejected:
+        return QStringLiteral("Reje");
+    case StatusNone:
+        return QString();
+    case StatusPending:
+        return QStringLiteral("Pend");
+    case StatusPartial:
+        return QStringLiteral("Part");
+    case StatusCompleted:
+        return QStringLiteral("Comp");
+    case StatusCancelled:
+        return QStringLiteral("Canc");
+    case StatusInactive:
+        return QStringLiteral("Inac");
+    case StatusConfirmed:
+        return QStringLiteral("Conf");
+    default:
+        return QStringLiteral("Unknown");
     }
 }
 
@@ -64,9 +73,12 @@ int rawStatusCode(const QString& text)
 QString sideText(int side)
 {
     switch (side) {
-    case 0: return resLabelOrderTypeBuy();
-    case 1: return resLabelOrderTypeSell();
-    default: return resLabelOrderTypeUnknown();
+    case 0:
+        return resLabelOrderTypeBuy();
+    case 1:
+        return resLabelOrderTypeSell();
+    default:
+        return resLabelOrderTypeUnknown();
     }
 }
 
@@ -115,15 +127,47 @@ void addIfNotZero(QString& s, int tag, long double value)
 const std::vector<Label>& exchDataLabels()
 {
     static const std::vector<Label> labels {
-        resStrPrincipalTypeAgent, resStrPrincipalTypePrincipal, resStrPrincipalTypeRT,
-        resStrPrincipalTypeUnclassified, resStrTradeTypeOddLot, resStrTradeTypeManual, resStrTradeTypePreopen,
-        resStrTradeTypeOversea, resStrTradeTypeUnclassified, resStrNonHedge, resStrOrderHedge, resStrLiquidHedge,
-        resStrNotShortSell, resStrShortSell, resStrMMShortSell, resStrCoverShortSell, resStrSettleNormal,
-        resStrSettleIsolate, resStrSettleBuyIn, orderShortSellLabel, orderOddLotLabel, orderPrincipalTypeHouse,
-        orderPrincipalTypeRT, orderStopPriceLabel, orderStopPriceUpTriggerLabel, orderStopPriceDownTriggerLabel,
-        orderOpenLabel, orderCloseLabel, orderFAKLabel, orderFOKLabel, orderAOLabel, orderEnhancedLabel,
-        orderWorkLabel, orderVoidLabel, orderGoodtillWeekLabel, orderPreTradeLabel, orderMSEQLabel, orderPASSLabel,
-        orderCDOrderLabel, orderOpenEndLabel, orderDealerLabel,
+        resStrPrincipalTypeAgent,
+        resStrPrincipalTypePrincipal,
+        resStrPrincipalTypeRT,
+        resStrPrincipalTypeUnclassified,
+        resStrTradeTypeOddLot,
+        resStrTradeTypeManual,
+        resStrTradeTypePreopen,
+        resStrTradeTypeOversea,
+        resStrTradeTypeUnclassified,
+        resStrNonHedge,
+        resStrOrderHedge,
+        resStrLiquidHedge,
+        resStrNotShortSell,
+        resStrShortSell,
+        resStrMMShortSell,
+        resStrCoverShortSell,
+        resStrSettleNormal,
+        resStrSettleIsolate,
+        resStrSettleBuyIn,
+        orderShortSellLabel,
+        orderOddLotLabel,
+        orderPrincipalTypeHouse,
+        orderPrincipalTypeRT,
+        orderStopPriceLabel,
+        orderStopPriceUpTriggerLabel,
+        orderStopPriceDownTriggerLabel,
+        orderOpenLabel,
+        orderCloseLabel,
+        orderFAKLabel,
+        orderFOKLabel,
+        orderAOLabel,
+        orderEnhancedLabel,
+        orderWorkLabel,
+        orderVoidLabel,
+        orderGoodtillWeekLabel,
+        orderPreTradeLabel,
+        orderMSEQLabel,
+        orderPASSLabel,
+        orderCDOrderLabel,
+        orderOpenEndLabel,
+        orderDealerLabel,
     };
     return labels;
 }
@@ -173,8 +217,7 @@ SymbolNameSource::~SymbolNameSource() = default;
 
 TomsTrade::TomsTrade(QObject* owner)
     : TChangeNotifier(owner)
-{
-}
+{ }
 
 TomsTrade::TomsTrade(const QString& message, QObject* owner)
     : TomsTrade(owner)
@@ -208,28 +251,71 @@ void TomsTrade::updateField(QStringView key, QStringView value)
     if (!TryStrToInt(key, tag))
         return;
     switch (tag) {
-    case 7: Exch_No = value.toString(); break;
-    case 8: Order_No = value.toString(); break;
-    case 0: Symbol = value.toString(); break;
-    case 10: Account = value.toString(); break;
-    case 13: User = value.toString(); break;
-    case 3: Fill_Price = toFloat(value); break;
-    case 4: Fill_Qty = toInt(value); break;
-    case 11: Side = toInt(value); break;
-    case 47: Hedge = toInt(value); break;
-    case 46: Principal = toInt(value); break;
-    case 101: ShortSell = toInt(value); break;
-    case 45: BrokerID = value.toString(); break;
-    case 43: TradeType = toInt(value); break;
-    case 44: Field44 = toInt(value); break;
-    case 5: Status = toInt(value); break;
-    case 25: Remark = value.toString(); break;
-    case 33: EXE_Time = value.toString(); break;
-    case 20: Exch = value.toString(); break;
-    case 78: Field78 = value.toString(); break;
-    case 6: OmsOrder_No = value.toString(); break;
-    case 418: Runner = value.toString(); break;
-    default: break;
+    case 7:
+        Exch_No = value.toString();
+        break;
+    case 8:
+        Order_No = value.toString();
+        break;
+    case 0:
+        Symbol = value.toString();
+        break;
+    case 10:
+        Account = value.toString();
+        break;
+    case 13:
+        User = value.toString();
+        break;
+    case 3:
+        Fill_Price = toFloat(value);
+        break;
+    case 4:
+        Fill_Qty = toInt(value);
+        break;
+    case 11:
+        Side = toInt(value);
+        break;
+    case 47:
+        Hedge = toInt(value);
+        break;
+    case 46:
+        Principal = toInt(value);
+        break;
+    case 101:
+        ShortSell = toInt(value);
+        break;
+    case 45:
+        BrokerID = value.toString();
+        break;
+    case 43:
+        TradeType = toInt(value);
+        break;
+    case 44:
+        Field44 = toInt(value);
+        break;
+    case 5:
+        Status = toInt(value);
+        break;
+    case 25:
+        Remark = value.toString();
+        break;
+    case 33:
+        EXE_Time = value.toString();
+        break;
+    case 20:
+        Exch = value.toString();
+        break;
+    case 78:
+        Field78 = value.toString();
+        break;
+    case 6:
+        OmsOrder_No = value.toString();
+        break;
+    case 418:
+        Runner = value.toString();
+        break;
+    default:
+        break;
     }
 }
 
@@ -298,13 +384,20 @@ QString TomsTrade::exchTradeNum() const
 QString TomsTrade::statusMessage() const
 {
     switch (Status) {
-    case StatusRejected: return resLabelOrderStatusReject();
-    case StatusNone: return resLabelOrderStatusNull();
-    case StatusPending: return resLabelOrderStatusPending();
-    case StatusCompleted: return resLabelOrderStatusFill();
-    case StatusCancelled: return resLabelOrderStatusCancel();
-    case StatusInactive: return resLabelOrderStatusInactive();
-    default: return resLabelOrderStatusUnknown();
+    case StatusRejected:
+        return resLabelOrderStatusReject();
+    case StatusNone:
+        return resLabelOrderStatusNull();
+    case StatusPending:
+        return resLabelOrderStatusPending();
+    case StatusCompleted:
+        return resLabelOrderStatusFill();
+    case StatusCancelled:
+        return resLabelOrderStatusCancel();
+    case StatusInactive:
+        return resLabelOrderStatusInactive();
+    default:
+        return resLabelOrderStatusUnknown();
     }
 }
 
@@ -326,43 +419,62 @@ QString TomsTrade::GetBuySellText() const
 QString TomsTrade::getPrincipal() const
 {
     switch (Principal) {
-    case 11: return resStrPrincipalTypeAgent();
-    case 12: return resStrPrincipalTypePrincipal();
-    case 13: return resStrPrincipalTypeRT();
-    default: return resStrPrincipalTypeUnclassified();
+    case 11:
+        return resStrPrincipalTypeAgent();
+    case 12:
+        return resStrPrincipalTypePrincipal();
+    case 13:
+        return resStrPrincipalTypeRT();
+    default:
+        return resStrPrincipalTypeUnclassified();
     }
 }
 
 QString TomsTrade::getTradeType() const
 {
     switch (TradeType) {
-    case 0: return QString();
-    case 1: return resStrTradeTypeOddLot();
-    case 2: return resStrTradeTypeManual();
-    case 3: return resStrTradeTypePreopen();
-    case 4: return resStrTradeTypeOversea();
-    default: return resStrTradeTypeUnclassified();
+    case 0:
+        return QString();
+    case 1:
+        return resStrTradeTypeOddLot();
+    case 2:
+        return resStrTradeTypeManual();
+    case 3:
+        return resStrTradeTypePreopen();
+    case 4:
+        return resStrTradeTypeOversea();
+    default:
+        return resStrTradeTypeUnclassified();
     }
 }
 
 QString TomsTrade::getHedge() const
 {
     switch (Hedge) {
-    case 1: return resStrNonHedge();
-    case 2: return resStrOrderHedge();
-    case 3: return resStrLiquidHedge();
-    default: return QString();
+    case 1:
+        return resStrNonHedge();
+    case 2:
+        return resStrOrderHedge();
+    case 3:
+        return resStrLiquidHedge();
+    default:
+        return QString();
     }
 }
 
 QString TomsTrade::getShortSell() const
 {
     switch (ShortSell) {
-    case 0: return resStrNotShortSell();
-    case 1: return resStrShortSell();
-    case 2: return resStrMMShortSell();
-    case 3: return resStrCoverShortSell();
-    default: return QString();
+    case 0:
+        return resStrNotShortSell();
+    case 1:
+        return resStrShortSell();
+    case 2:
+        return resStrMMShortSell();
+    case 3:
+        return resStrCoverShortSell();
+    default:
+        return QString();
     }
 }
 
@@ -376,8 +488,7 @@ void TomsTrade::AssignName(const SymbolNameSource& source)
 
 TexchOrder::TexchOrder(QObject* owner)
     : TChangeNotifier(owner)
-{
-}
+{ }
 
 TexchOrder::TexchOrder(const QString& message, QObject* owner)
     : TexchOrder(owner)
@@ -398,53 +509,146 @@ void TexchOrder::updateField(QStringView key, QStringView value)
     if (!TryStrToInt(key, tag))
         return;
     switch (tag) {
-    case 6: OmsOrder_No = value.toString(); break;
-    case 7: Order_No = value.toString(); break;
-    case 15: ref_no = value.toString(); break;
-    case 0: Symbol = value.toString(); break;
-    case 10: Account = value.toString(); break;
-    case 13: User = value.toString(); break;
-    case 3: Price = toFloat(value); break;
-    case 4: Quantity = toInt(value); break;
-    case 11: Side = toInt(value); break;
-    case 5: Status = toInt(value); break;
-    case 40: OrderOption = toInt(value); break;
-    case 489: Option489 = toInt(value); break;
-    case 490: Option490 = toInt(value); break;
-    case 491: Option491 = toInt(value); break;
-    case 492: Option492 = toInt(value); break;
-    case 47: Field47 = toInt(value); break;
-    case 46: PrincipalType = toInt(value); break;
-    case 101: ShortSell = toInt(value); break;
-    case 45: CounterParty = value.toString(); break;
-    case 25: Remark = value.toString(); break;
-    case 34: Fill_Qty = toInt(value); break;
-    case 35: Field35 = toInt(value); break;
-    case 48: Field48 = toInt(value); break;
-    case 33: Order_Time = value.toString(); break;
-    case 501: Order_Time501 = value.toString(); break;
-    case 41: StopPrice = toFloat(value); break;
-    case 42: Price42 = toFloat(value); break;
-    case 493: Price493 = toFloat(value); break;
-    case 494: Price494 = toFloat(value); break;
-    case 1105: Field1105 = toInt(value); break;
-    case 1106: Field1106 = toInt(value); break;
-    case 1107: Field1107 = toInt(value); break;
-    case 1108: Field1108 = toInt(value); break;
-    case 12: OpenClose = toInt(value); break;
-    case 39: Field39 = toInt(value); break;
-    case 464: Field464 = toInt(value); break;
-    case 20: Exch = value.toString(); break;
-    case 78: BrokerID = value.toString(); break;
-    case 43: Field43 = toInt(value); break;
-    case 44: Field44 = toInt(value); break;
-    case 74: User_Ref = value.toString(); break;
-    case 418: Runner = value.toString(); break;
-    case 2020: riskCtrlLevel = value.toString(); break;
-    case 1119: Last_MOD_Time = value.toString(); break;
-    case 487: Attributes.SetCommaText(value.toString()); break;
-    case 191: Field191 = value.toString(); break;
-    default: break;
+    case 6:
+        OmsOrder_No = value.toString();
+        break;
+    case 7:
+        Order_No = value.toString();
+        break;
+    case 15:
+        ref_no = value.toString();
+        break;
+    case 0:
+        Symbol = value.toString();
+        break;
+    case 10:
+        Account = value.toString();
+        break;
+    case 13:
+        User = value.toString();
+        break;
+    case 3:
+        Price = toFloat(value);
+        break;
+    case 4:
+        Quantity = toInt(value);
+        break;
+    case 11:
+        Side = toInt(value);
+        break;
+    case 5:
+        Status = toInt(value);
+        break;
+    case 40:
+        OrderOption = toInt(value);
+        break;
+    case 489:
+        Option489 = toInt(value);
+        break;
+    case 490:
+        Option490 = toInt(value);
+        break;
+    case 491:
+        Option491 = toInt(value);
+        break;
+    case 492:
+        Option492 = toInt(value);
+        break;
+    case 47:
+        Field47 = toInt(value);
+        break;
+    case 46:
+        PrincipalType = toInt(value);
+        break;
+    case 101:
+        ShortSell = toInt(value);
+        break;
+    case 45:
+        CounterParty = value.toString();
+        break;
+    case 25:
+        Remark = value.toString();
+        break;
+    case 34:
+        Fill_Qty = toInt(value);
+        break;
+    case 35:
+        Field35 = toInt(value);
+        break;
+    case 48:
+        Field48 = toInt(value);
+        break;
+    case 33:
+        Order_Time = value.toString();
+        break;
+    case 501:
+        Order_Time501 = value.toString();
+        break;
+    case 41:
+        StopPrice = toFloat(value);
+        break;
+    case 42:
+        Price42 = toFloat(value);
+        break;
+    case 493:
+        Price493 = toFloat(value);
+        break;
+    case 494:
+        Price494 = toFloat(value);
+        break;
+    case 1105:
+        Field1105 = toInt(value);
+        break;
+    case 1106:
+        Field1106 = toInt(value);
+        break;
+    case 1107:
+        Field1107 = toInt(value);
+        break;
+    case 1108:
+        Field1108 = toInt(value);
+        break;
+    case 12:
+        OpenClose = toInt(value);
+        break;
+    case 39:
+        Field39 = toInt(value);
+        break;
+    case 464:
+        Field464 = toInt(value);
+        break;
+    case 20:
+        Exch = value.toString();
+        break;
+    case 78:
+        BrokerID = value.toString();
+        break;
+    case 43:
+        Field43 = toInt(value);
+        break;
+    case 44:
+        Field44 = toInt(value);
+        break;
+    case 74:
+        User_Ref = value.toString();
+        break;
+    case 418:
+        Runner = value.toString();
+        break;
+    case 2020:
+        riskCtrlLevel = value.toString();
+        break;
+    case 1119:
+        Last_MOD_Time = value.toString();
+        break;
+    case 487:
+        Attributes.SetCommaText(value.toString());
+        break;
+    case 191:
+        Field191 = value.toString();
+        break;
+    default:
+        break;
     }
 }
 
@@ -509,15 +713,24 @@ QString TexchOrder::DDSImageMessage() const
 QString TexchOrder::statusMessage() const
 {
     switch (Status) {
-    case StatusRejected: return resLabelOrderStatusReject();
-    case StatusNone: return resLabelOrderStatusNull();
-    case StatusPending: return resLabelOrderStatusPending();
-    case StatusPartial: return resLabelOrderStatusPartial();
-    case StatusCompleted: return resLabelOrderStatusFill();
-    case StatusCancelled: return resLabelOrderStatusCancel();
-    case StatusInactive: return resLabelOrderStatusInactive();
-    case StatusConfirmed: return resLabelOrderStatusConfirm();
-    default: return resLabelOrderStatusUnknown();
+    case StatusRejected:
+        return resLabelOrderStatusReject();
+    case StatusNone:
+        return resLabelOrderStatusNull();
+    case StatusPending:
+        return resLabelOrderStatusPending();
+    case StatusPartial:
+        return resLabelOrderStatusPartial();
+    case StatusCompleted:
+        return resLabelOrderStatusFill();
+    case StatusCancelled:
+        return resLabelOrderStatusCancel();
+    case StatusInactive:
+        return resLabelOrderStatusInactive();
+    case StatusConfirmed:
+        return resLabelOrderStatusConfirm();
+    default:
+        return resLabelOrderStatusUnknown();
     }
 }
 
@@ -690,9 +903,12 @@ int TexchOrder::betterPrice(double price) const
     const double d = double(Price) - price;
     const int r = d > 0.0001 ? 1 : (d < -0.0001 ? -1 : 0);
     switch (Side) {
-    case 0: return r;
-    case 1: return -r;
-    default: throw InvalidOrderType();
+    case 0:
+        return r;
+    case 1:
+        return -r;
+    default:
+        throw InvalidOrderType();
     }
 }
 
@@ -727,8 +943,7 @@ void TexchOrder::AssignName(const SymbolNameSource& source)
 
 amsManualTrade::amsManualTrade(QObject* owner)
     : TexchOrder(owner)
-{
-}
+{ }
 
 amsManualTrade::amsManualTrade(const QString& message, QObject* owner)
     : TexchOrder(owner)
@@ -742,10 +957,17 @@ void amsManualTrade::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
     switch (StrToIntDef(key, -1)) {
-    case 8: Trade_No = value.toString(); break;
-    case 43: TradeType = toInt(value); break;
-    case 44: TradeField44 = toInt(value); break;
-    default: break;
+    case 8:
+        Trade_No = value.toString();
+        break;
+    case 43:
+        TradeType = toInt(value);
+        break;
+    case 44:
+        TradeField44 = toInt(value);
+        break;
+    default:
+        break;
     }
 }
 
@@ -774,8 +996,7 @@ QString amsManualTrade::exchTradeNum() const
 
 amsOrderHistory::amsOrderHistory(QObject* owner)
     : TexchOrder(owner)
-{
-}
+{ }
 
 amsOrderHistory::amsOrderHistory(const QString& message, QObject* owner)
     : TexchOrder(owner)
@@ -809,8 +1030,7 @@ void amsOrderHistory::reset()
 
 amsCrossOrder::amsCrossOrder(QObject* owner)
     : TexchOrder(owner)
-{
-}
+{ }
 
 amsCrossOrder::amsCrossOrder(const QString& message, QObject* owner)
     : TexchOrder(owner)
@@ -824,9 +1044,14 @@ void amsCrossOrder::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
     switch (StrToIntDef(key, -1)) {
-    case 110: ContraAccount = value.toString(); break;
-    case 113: ContraUser = value.toString(); break;
-    default: break;
+    case 110:
+        ContraAccount = value.toString();
+        break;
+    case 113:
+        ContraUser = value.toString();
+        break;
+    default:
+        break;
     }
 }
 
@@ -849,8 +1074,7 @@ void amsCrossOrder::reset()
 
 amsCTFTrade::amsCTFTrade(QObject* owner)
     : TomsTrade(owner)
-{
-}
+{ }
 
 amsCTFTrade::amsCTFTrade(const QString& message, QObject* owner)
     : TomsTrade(owner)
@@ -878,8 +1102,7 @@ QString amsCTFTrade::DDSImageMessage() const
 
 amsCrossTrade::amsCrossTrade(QObject* owner)
     : TomsTrade(owner)
-{
-}
+{ }
 
 amsCrossTrade::amsCrossTrade(const QString& message, QObject* owner)
     : TomsTrade(owner)
@@ -893,9 +1116,14 @@ void amsCrossTrade::updateField(QStringView key, QStringView value)
 {
     TomsTrade::updateField(key, value);
     switch (StrToIntDef(key, -1)) {
-    case 110: ContraAccount = value.toString(); break;
-    case 113: ContraUser = value.toString(); break;
-    default: break;
+    case 110:
+        ContraAccount = value.toString();
+        break;
+    case 113:
+        ContraUser = value.toString();
+        break;
+    default:
+        break;
     }
 }
 

@@ -43,8 +43,10 @@ inline constexpr Label orderOddLotLabel { "exchData", QT_TRANSLATE_NOOP("exchDat
 inline constexpr Label orderPrincipalTypeHouse { "exchData", QT_TRANSLATE_NOOP("exchData", "House;") };
 inline constexpr Label orderPrincipalTypeRT { "exchData", QT_TRANSLATE_NOOP("exchData", "RT;") };
 inline constexpr Label orderStopPriceLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "STP:%.3f;") };
-inline constexpr Label orderStopPriceUpTriggerLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "STU:%.3f;") };
-inline constexpr Label orderStopPriceDownTriggerLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "STD:%.3f;") };
+inline constexpr Label orderStopPriceUpTriggerLabel { "exchData",
+    QT_TRANSLATE_NOOP("exchData", "STU:%.3f;") };
+inline constexpr Label orderStopPriceDownTriggerLabel { "exchData",
+    QT_TRANSLATE_NOOP("exchData", "STD:%.3f;") };
 inline constexpr Label orderOpenLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Open;") };
 inline constexpr Label orderCloseLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Close;") };
 inline constexpr Label orderFAKLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "FAK;") };
@@ -178,28 +180,28 @@ public:
     [[nodiscard]] QString getengname() const { return SymbolEng; }
     [[nodiscard]] QString getchiname() const { return SymbolChi; }
 
-    QString Exch_No;        // 7
-    QString Order_No;       // 8: the exchange order the trade belongs to
-    QString Symbol;         // 0
-    QString Account;        // 10
-    QString User;           // 13
+    QString Exch_No; // 7
+    QString Order_No; // 8: the exchange order the trade belongs to
+    QString Symbol; // 0
+    QString Account; // 10
+    QString User; // 13
     long double Fill_Price = 0; // 3
-    int Fill_Qty = 0;       // 4
-    int Side = -1;          // 11: 0 buy, 1 sell
-    int Hedge = 0;          // 47: 1 non-hedge, 2 order hedge, 3 liquidation hedge
-    int Principal = 0;      // 46: 11 client, 12 house, 13 RT
-    int ShortSell = 0;      // 101: 1 short, 2 market-maker short, 3 covered short
-    QString BrokerID;       // 45
-    int TradeType = 0;      // 43: 1 odd lot, 2 manual, 3 pre-opening, 4 overseas
-    int Field44 = 0;        // 44
-    int Status = 0;         // 5: 3 is a done trade
-    QString Remark;         // 25
-    QString EXE_Time;       // 33
-    QString Exch;           // 20
-    QString Field78;        // 78
-    QString OmsOrder_No;    // 6
-    QString Runner;         // 418
-    QString SymbolEng;      // set by AssignName, not carried in messages
+    int Fill_Qty = 0; // 4
+    int Side = -1; // 11: 0 buy, 1 sell
+    int Hedge = 0; // 47: 1 non-hedge, 2 order hedge, 3 liquidation hedge
+    int Principal = 0; // 46: 11 client, 12 house, 13 RT
+    int ShortSell = 0; // 101: 1 short, 2 market-maker short, 3 covered short
+    QString BrokerID; // 45
+    int TradeType = 0; // 43: 1 odd lot, 2 manual, 3 pre-opening, 4 overseas
+    int Field44 = 0; // 44
+    int Status = 0; // 5: 3 is a done trade
+    QString Remark; // 25
+    QString EXE_Time; // 33
+    QString Exch; // 20
+    QString Field78; // 78
+    QString OmsOrder_No; // 6
+    QString Runner; // 418
+    QString SymbolEng; // set by AssignName, not carried in messages
     QString SymbolChi;
 
 private:
@@ -335,59 +337,59 @@ public:
     [[nodiscard]] int getSellQueuQty() const { return Side == 1 ? CalculateQueuQty() : 0; }
 
     // Fields with their message tags.
-    QString OmsOrder_No;    // 6
-    QString Order_No;       // 7: given by the exchange
-    QString ref_no;         // 15
-    QString Symbol;         // 0
-    QString Account;        // 10
-    QString User;           // 13
-    long double Price = 0;  // 3
-    int Quantity = 0;       // 4
-    int Side = -1;          // 11: 0 buy, 1 sell, -1 not set
-    int Status = 0;         // 5: OrderStatus
-    int OrderOption = 0;    // 40: OrderOptionBit
-    int Option489 = 0;      // 489: second instruction word
-    int Option490 = 0;      // 490
-    int Option491 = 0;      // 491
-    int Option492 = 0;      // 492
-    int Field47 = 0;        // 47
-    int PrincipalType = 0;  // 46: 12 house, 13 RT
-    int ShortSell = 0;      // 101: non-zero is a short sale
-    QString CounterParty;   // 45
-    QString Remark;         // 25
-    int Fill_Qty = 0;       // 34
-    int Field35 = 0;        // 35: always written
-    int Field48 = 0;        // 48: written only while cancelled
-    QString Order_Time;     // 33
-    QString Order_Time501;  // 501
-    QString Order_Date;     // not in messages (the order database fills it)
-    QString EXE_Time;       // not in messages (the order database fills it)
+    QString OmsOrder_No; // 6
+    QString Order_No; // 7: given by the exchange
+    QString ref_no; // 15
+    QString Symbol; // 0
+    QString Account; // 10
+    QString User; // 13
+    long double Price = 0; // 3
+    int Quantity = 0; // 4
+    int Side = -1; // 11: 0 buy, 1 sell, -1 not set
+    int Status = 0; // 5: OrderStatus
+    int OrderOption = 0; // 40: OrderOptionBit
+    int Option489 = 0; // 489: second instruction word
+    int Option490 = 0; // 490
+    int Option491 = 0; // 491
+    int Option492 = 0; // 492
+    int Field47 = 0; // 47
+    int PrincipalType = 0; // 46: 12 house, 13 RT
+    int ShortSell = 0; // 101: non-zero is a short sale
+    QString CounterParty; // 45
+    QString Remark; // 25
+    int Fill_Qty = 0; // 34
+    int Field35 = 0; // 35: always written
+    int Field48 = 0; // 48: written only while cancelled
+    QString Order_Time; // 33
+    QString Order_Time501; // 501
+    QString Order_Date; // not in messages (the order database fills it)
+    QString EXE_Time; // not in messages (the order database fills it)
     long double StopPrice = 0; // 41
-    long double Price42 = 0;   // 42
-    long double Price493 = 0;  // 493
-    long double Price494 = 0;  // 494
-    int Field1105 = 0;      // 1105
-    int Field1106 = 0;      // 1106
-    int Field1107 = 0;      // 1107
-    int Field1108 = 0;      // 1108
-    int OpenClose = 0;      // 12: 1 open, 2 close; written only when above 0
-    int Field39 = 0;        // 39
-    int Field464 = 0;       // 464
+    long double Price42 = 0; // 42
+    long double Price493 = 0; // 493
+    long double Price494 = 0; // 494
+    int Field1105 = 0; // 1105
+    int Field1106 = 0; // 1106
+    int Field1107 = 0; // 1107
+    int Field1108 = 0; // 1108
+    int OpenClose = 0; // 12: 1 open, 2 close; written only when above 0
+    int Field39 = 0; // 39
+    int Field464 = 0; // 464
     // Marks an exchange order booked by hand; the manual trade list tests it.
     // Not carried in messages; cleared by reset.
     int ManualSelector = 0;
-    QString Exch;           // 20
-    QString BrokerID;       // 78
+    QString Exch; // 20
+    QString BrokerID; // 78
     std::vector<TradeEntry> Trades;
-    int Field43 = 0;        // 43: written when >= 0; reset leaves it
-    int Field44 = 0;        // 44: written when >= 0; reset leaves it
-    QString User_Ref;       // 74
-    QString Runner;         // 418
-    QString riskCtrlLevel;  // 2020
-    QString Last_MOD_Time;  // 1119
+    int Field43 = 0; // 43: written when >= 0; reset leaves it
+    int Field44 = 0; // 44: written when >= 0; reset leaves it
+    QString User_Ref; // 74
+    QString Runner; // 418
+    QString riskCtrlLevel; // 2020
+    QString Last_MOD_Time; // 1119
     TStringList Attributes; // 487, as comma text of name=value pairs
-    QString Field191;       // 191
-    QString SymbolEng;      // set by AssignName, not carried in messages
+    QString Field191; // 191
+    QString SymbolEng; // set by AssignName, not carried in messages
     QString SymbolChi;
 
 protected:
@@ -438,9 +440,9 @@ public:
     // Trade_No without its first character.
     [[nodiscard]] QString exchTradeNum() const;
 
-    QString Trade_No;       // 8
-    int TradeType = 0;      // 43
-    int TradeField44 = 0;   // 44
+    QString Trade_No; // 8
+    int TradeType = 0; // 43
+    int TradeField44 = 0; // 44
 
 private:
     QString RTrade_No() const { return Trade_No; }
@@ -488,7 +490,7 @@ public:
     void reset() override;
 
     QString ContraAccount; // 110
-    QString ContraUser;    // 113
+    QString ContraUser; // 113
 
 private:
     QString RContraAccount() const { return ContraAccount; }
@@ -533,7 +535,7 @@ public:
     [[nodiscard]] QString DDSImageMessage() const override;
 
     QString ContraAccount; // 110
-    QString ContraUser;    // 113
+    QString ContraUser; // 113
 
 private:
     QString RContraAccount() const { return ContraAccount; }

@@ -5,8 +5,7 @@ namespace qal {
 
 Error::Error(const QString& message)
     : std::runtime_error(message.toStdString())
-{
-}
+{ }
 
 Error::~Error() = default;
 
@@ -17,8 +16,7 @@ QString Error::message() const
 
 InvalidOrderType::InvalidOrderType()
     : Error(QStringLiteral("Invalid order type"))
-{
-}
+{ }
 
 InvalidOrderType::~InvalidOrderType() = default;
 

@@ -18,11 +18,21 @@ namespace qal {
 class QALPACK_EXPORT FormatArg
 {
 public:
-    FormatArg(const QString& text) : value_(text) { }
-    FormatArg(const char* text) : value_(QString::fromUtf8(text)) { }
-    FormatArg(int number) : value_(number) { }
-    FormatArg(double number) : value_(number) { }
-    FormatArg(long double number) : value_(double(number)) { }
+    FormatArg(const QString& text)
+        : value_(text)
+    { }
+    FormatArg(const char* text)
+        : value_(QString::fromUtf8(text))
+    { }
+    FormatArg(int number)
+        : value_(number)
+    { }
+    FormatArg(double number)
+        : value_(number)
+    { }
+    FormatArg(long double number)
+        : value_(double(number))
+    { }
 
     [[nodiscard]] const std::variant<QString, int, double>& value() const { return value_; }
 

@@ -35,7 +35,8 @@ TEST(QalDecode, PrintsPropertiesTextsQuantitiesAndTheMessageWrittenBack)
     EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
     for (const char* line : { "RSymbol           0005.HK", "RSide             SELL", "RStatus           Pend",
              "option            AO;STP:12.300;", "queueQty          1000",
-             "message           0|0005.HK|11|1|4|1000|3|12.500000|5|1|34|0|35|0|40|2560|41|12.300000|44|0|43|0|"
+             "message           "
+             "0|0005.HK|11|1|4|1000|3|12.500000|5|1|34|0|35|0|40|2560|41|12.300000|44|0|43|0|"
              "502|TRADE|" }) {
         EXPECT_TRUE(run.out.contains(QString::fromUtf8(line))) << line << "\n" << run.out.toStdString();
     }
@@ -77,6 +78,59 @@ TEST(QalDecode, RejectsInvalidUtf8AndUnknownOptions)
     const ToolRun help = qal({ "decode", "--help" });
     EXPECT_EQ(help.exitCode, 0);
     EXPECT_TRUE(help.out.contains(u"--trade"));
+}
+
+} // namespace
+
+namespace {
+
+TEST(QalTick, ShowsValidityNeighboursAndTicksOnARealLadder)
+{
+    const ToolRun run
+        = qal({ "tick", "--ladder", "sehk_securities_pre_2025", "--steps", "2", "--json", "10.01", "19.98" });
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QStringList lines = run.out.split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2);
+    const QJsonObject offLadder = QJsonDocument::fromJson(lines[0].toUtf8()).object();
+    EXPECT_FALSE(offLadder[u"valid"].toBool());
+    EXPECT_DOUBLE_EQ(offLadder[u"up"].toDouble(), 10.02);
+    EXPECT_DOUBLE_EQ(offLadder[u"down"].toDouble(), 10.00);
+    const QJsonObject acrossEdge = QJsonDocument::fromJson(lines[1].toUtf8()).object();
+    EXPECT_TRUE(acrossEdge[u"valid"].toBool());
+    EXPECT_DOUBLE_EQ(acrossEdge[u"above"].toDouble(), 20.05) << "19.98 -> 20.00 -> 20.05";
+    EXPECT_DOUBLE_EQ(acrossEdge[u"below"].toDouble(), 19.94);
+}
+
+TEST(QalTick, ReportsBadPricesLaddersAndSpreadTexts)
+{
+    const ToolRun badPrice = qal({ "tick", "12.5", "1,5" });
+    EXPECT_EQ(badPrice.exitCode, 1);
+    EXPECT_TRUE(badPrice.err.contains(u"\"1,5\" is not a price"));
+    EXPECT_TRUE(badPrice.out.contains(u"12.5 "));
+
+    EXPECT_EQ(qal({ "tick", "--ladder", "no_such_ladder", "1" }).exitCode, 2);
+    EXPECT_EQ(qal({ "tick", "--steps", "x", "1" }).exitCode, 2);
+
+    const ToolRun badSpread = qal({ "tick", "--spread", "10,0.5,abc,1", "10.5" });
+    EXPECT_EQ(badSpread.exitCode, 0);
+    EXPECT_TRUE(
+        badSpread.err.contains(u"Loading spread (10,0.5,abc,1) error. Reset order input spread size to 1."));
+}
+
+} // namespace
+
+namespace {
+
+TEST(QalDecode, ClientOrdersShowTheirRemarkAndRemainingQuantity)
+{
+    const ToolRun run = qal({ "decode", "--order", "--json",
+        "H|0|0005.HK|4|1000|11|0|5|2|34|400|489|1|101|1|74|SPT:1|15|A123|40|3" });
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    const QJsonObject object = QJsonDocument::fromJson(run.out.toUtf8()).object();
+    EXPECT_EQ(object[u"type"].toString(), u"TomsOrder");
+    EXPECT_EQ(object[u"remark"].toString(), u"Work;SS;Odd;REV:A123;");
+    EXPECT_EQ(object[u"remainingQty"].toInt(), 600);
+    EXPECT_EQ(qal({ "decode", "--order", "--trade", "H|0|A" }).exitCode, 2);
 }
 
 } // namespace

@@ -99,9 +99,16 @@ TEST(ExchangeOrder, StatusTextsAndRawTextsDifferOnlyWhereTheyShould)
         const char16_t* raw;
     };
     const Row rows[] = {
-        { -1, u"Reje", u"Reje" }, { 0, u"", u"" }, { 1, u"Pend", u"Pend" }, { 2, u"Part", u"Part" },
-        { 3, u"Comp", u"Comp" }, { 4, u"Canc", u"Canc" }, { 5, u"Inac", u"Inac" },
-        { 6, u"Unkn", u"Unknown" }, { 7, u"Conf", u"Conf" }, { 8, u"Unkn", u"Unknown" },
+        { -1, u"Reje", u"Reje" },
+        { 0, u"", u"" },
+        { 1, u"Pend", u"Pend" },
+        { 2, u"Part", u"Part" },
+        { 3, u"Comp", u"Comp" },
+        { 4, u"Canc", u"Canc" },
+        { 5, u"Inac", u"Inac" },
+        { 6, u"Unkn", u"Unknown" },
+        { 7, u"Conf", u"Conf" },
+        { 8, u"Unkn", u"Unknown" },
         { -2, u"Unkn", u"Unknown" },
     };
     for (const Row& row : rows) {
@@ -116,8 +123,18 @@ TEST(ExchangeOrder, StatusTextsAndRawTextsDifferOnlyWhereTheyShould)
 TEST(ExchangeOrder, RawStatusReadsTheFirstFourCharactersCaseSensitively)
 {
     const std::pair<QString, int> rows[] = {
-        { "Reje", -1 }, { "", 0 }, { "Pend", 1 }, { "Part", 2 }, { "Part Canc", 2 }, { "Comp", 3 },
-        { "Canc", 4 }, { "Inac", 5 }, { "Conf", 7 }, { "reje", 0 }, { "Unknown", 0 }, { "Pen", 0 },
+        { "Reje", -1 },
+        { "", 0 },
+        { "Pend", 1 },
+        { "Part", 2 },
+        { "Part Canc", 2 },
+        { "Comp", 3 },
+        { "Canc", 4 },
+        { "Inac", 5 },
+        { "Conf", 7 },
+        { "reje", 0 },
+        { "Unknown", 0 },
+        { "Pen", 0 },
         { "Confirmed", 7 },
     };
     const TexchOrder order;
@@ -207,8 +224,14 @@ TEST(ExchangeOrder, BetterPriceDependsOnSideWithATenthOfABasisPointTolerance)
         int expected;
     };
     const Row rows[] = {
-        { 0, 9.99, 1 }, { 0, 10.01, -1 }, { 0, 10.0001, 0 }, { 0, 9.9999, 0 }, { 0, 10.0, 0 },
-        { 1, 9.99, -1 }, { 1, 10.01, 1 }, { 1, 10.0001, 0 },
+        { 0, 9.99, 1 },
+        { 0, 10.01, -1 },
+        { 0, 10.0001, 0 },
+        { 0, 9.9999, 0 },
+        { 0, 10.0, 0 },
+        { 1, 9.99, -1 },
+        { 1, 10.01, 1 },
+        { 1, 10.0001, 0 },
     };
     TexchOrder order;
     order.Price = 10.0L;
@@ -283,8 +306,14 @@ TEST(ExchangeOrder, SymbolNamesComeFromTheHostsSource)
 {
     struct Master : SymbolNameSource
     {
-        QString englishName(const QString& symbol) const override { return symbol == u"0005.HK" ? "HSBC HOLDINGS" : ""; }
-        QString chineseName(const QString& symbol) const override { return symbol == u"0005.HK" ? "滙豐控股" : ""; }
+        QString englishName(const QString& symbol) const override
+        {
+            return symbol == u"0005.HK" ? "HSBC HOLDINGS" : "";
+        }
+        QString chineseName(const QString& symbol) const override
+        {
+            return symbol == u"0005.HK" ? "滙豐控股" : "";
+        }
     } master;
     TexchOrder order(QStringLiteral("H|0|0005.HK"));
     order.AssignName(master);
@@ -297,7 +326,8 @@ TEST(ExchangeOrder, SymbolNamesComeFromTheHostsSource)
 TEST(ExchangeOrder, ChineseNameSurvivesTheWireParseAndWriteBack)
 {
     const QString name = QStringLiteral("李四峯");
-    const QByteArray wire = cp950::encode(QStringLiteral("H|0|0005.HK|10|C0001|25|") + name + QStringLiteral("|487|NAME=") + name);
+    const QByteArray wire = cp950::encode(
+        QStringLiteral("H|0|0005.HK|10|C0001|25|") + name + QStringLiteral("|487|NAME=") + name);
     ASSERT_TRUE(wire.contains(QByteArray("\xA5\x7C", 2))) << "the test needs a second byte equal to '|'";
 
     const TexchOrder order(cp950::decode(wire));
@@ -338,9 +368,9 @@ TEST(ExchangeOrder, PublishesEveryPropertyByName)
             { "RStatus", false }, { "ROrderOptionInfo", false }, { "RCounterParty", false },
             { "RRemark", false }, { "ROrder_Time", false }, { "RExch", false }, { "RBrokerID", false },
             { "RUser_Ref", false }, { "RRunner", false }, { "RriskCtrlLevel", false },
-            { "RLast_MOD_Time", false }, { "RBuyQty", false }, { "RSellQty", false }, { "RBuyQueuQty", false },
-            { "RSellQueuQty", false }, { "RQueu_Qty", false }, { "RSymbolEng", false },
-            { "RSymbolChi", false } });
+            { "RLast_MOD_Time", false }, { "RBuyQty", false }, { "RSellQty", false },
+            { "RBuyQueuQty", false }, { "RSellQueuQty", false }, { "RQueu_Qty", false },
+            { "RSymbolEng", false }, { "RSymbolChi", false } });
 }
 
 TEST(ExchangeOrder, WritablePropertiesEditTheFields)
@@ -370,8 +400,15 @@ TEST(Trade, PublishesEveryPropertyByName)
 TEST(Trade, StatusTableIsNarrowerThanTheOrders)
 {
     const std::pair<int, const char16_t*> rows[] = {
-        { -1, u"Reje" }, { 0, u"" }, { 1, u"Pend" }, { 2, u"Unkn" }, { 3, u"Comp" }, { 4, u"Canc" },
-        { 5, u"Inac" }, { 6, u"Unkn" }, { 7, u"Unkn" },
+        { -1, u"Reje" },
+        { 0, u"" },
+        { 1, u"Pend" },
+        { 2, u"Unkn" },
+        { 3, u"Comp" },
+        { 4, u"Canc" },
+        { 5, u"Inac" },
+        { 6, u"Unkn" },
+        { 7, u"Unkn" },
     };
     TomsTrade trade;
     for (const auto& [code, text] : rows) {
@@ -429,9 +466,10 @@ TEST(Trade, BuiltFromAnOrderPutsTheOrderNumberIntoTheExchangeTradeNumber)
 
 TEST(Trade, RoundTripsThroughItsMessage)
 {
-    const QString image = QStringLiteral("7|T1|8|T12345|6|OMS1|0|0005.HK|10|C1|11|1|13|D1|4|800|3|62.350000|5|3|"
-                                         "47|1|46|11|101|2|45|BK1|43|1|44|3|33|10:15:00|20|SEHK|78|F78|25|rm|"
-                                         "418|RUN|502|TRADE|");
+    const QString image
+        = QStringLiteral("7|T1|8|T12345|6|OMS1|0|0005.HK|10|C1|11|1|13|D1|4|800|3|62.350000|5|3|"
+                         "47|1|46|11|101|2|45|BK1|43|1|44|3|33|10:15:00|20|SEHK|78|F78|25|rm|"
+                         "418|RUN|502|TRADE|");
     const TomsTrade trade(QStringLiteral("H|") + image);
     EXPECT_EQ(trade.DDSImageMessage(), image);
     EXPECT_EQ(trade.exchTradeNum(), u"12345");
@@ -451,7 +489,8 @@ TEST(DerivedRecords, ParseTheirOwnTagsAndWriteThemAfterTheTerminator)
 
     const amsCrossOrder cross(QStringLiteral("H|10|C1|110|C2|113|D9"));
     EXPECT_TRUE(cross.DDSImageMessage().endsWith(u"502|TRADE|110|C2|113|D9|"));
-    const amsCrossTrade crossTrade(QStringLiteral("H|") + amsCrossTrade(QStringLiteral("H|110|C2")).DDSImageMessage());
+    const amsCrossTrade crossTrade(
+        QStringLiteral("H|") + amsCrossTrade(QStringLiteral("H|110|C2")).DDSImageMessage());
     EXPECT_EQ(crossTrade.ContraAccount, u"C2");
 
     const amsCTFTrade ctf(QStringLiteral("H|8|T1|76|BRK"));
@@ -467,24 +506,36 @@ TEST(Symbols, SuffixIsTheMajorSortKey)
         int sign;
     };
     const Row rows[] = {
-        { "0005", "0005.HK", -1 }, { "0005.HK", "0005", 1 }, { "0005.HK", "0001.SZ", -1 },
-        { "0700.HK", "0005.HK", 1 }, { "0005.HK", "0005.HK", 0 }, { "ABC", "ABD", -1 },
+        { "0005", "0005.HK", -1 },
+        { "0005.HK", "0005", 1 },
+        { "0005.HK", "0001.SZ", -1 },
+        { "0700.HK", "0005.HK", 1 },
+        { "0005.HK", "0005.HK", 0 },
+        { "ABC", "ABD", -1 },
         { "HSIZ6.HKFE", "0005.HK", 1 },
     };
     auto sign = [](int v) { return (v > 0) - (v < 0); };
     for (const Row& row : rows) {
         SCOPED_TRACE(testing::Message() << row.a << " vs " << row.b);
-        EXPECT_EQ(sign(CompareSuffixalSymbol(QString::fromLatin1(row.a), QString::fromLatin1(row.b))), row.sign);
+        EXPECT_EQ(
+            sign(CompareSuffixalSymbol(QString::fromLatin1(row.a), QString::fromLatin1(row.b))), row.sign);
     }
 }
 
 TEST(Labels, InstructionAndClassificationTextsAreExact)
 {
     const std::pair<Label, const char*> rows[] = {
-        { resStrPrincipalTypeAgent, "C" }, { resStrTradeTypeOddLot, "O.Lot" }, { resStrMMShortSell, "M.S.S" },
-        { resStrSettleBuyIn, "Buy In" }, { orderStopPriceUpTriggerLabel, "STU:%.3f;" },
-        { orderGoodtillWeekLabel, "GTC%s;" }, { orderMSEQLabel, "mSEQ:%s;" }, { orderPASSLabel, "PASS:%s;" },
-        { orderCDOrderLabel, "CD Order;" }, { orderOpenEndLabel, "Open End;" }, { orderDealerLabel, "Dealer=%s;" },
+        { resStrPrincipalTypeAgent, "C" },
+        { resStrTradeTypeOddLot, "O.Lot" },
+        { resStrMMShortSell, "M.S.S" },
+        { resStrSettleBuyIn, "Buy In" },
+        { orderStopPriceUpTriggerLabel, "STU:%.3f;" },
+        { orderGoodtillWeekLabel, "GTC%s;" },
+        { orderMSEQLabel, "mSEQ:%s;" },
+        { orderPASSLabel, "PASS:%s;" },
+        { orderCDOrderLabel, "CD Order;" },
+        { orderOpenEndLabel, "Open End;" },
+        { orderDealerLabel, "Dealer=%s;" },
     };
     for (const auto& [label, text] : rows) {
         SCOPED_TRACE(text);
