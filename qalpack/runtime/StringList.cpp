@@ -34,8 +34,8 @@ bool isBlank(QChar c)
 
 bool needsQuoting(const QString& s)
 {
-    return std::any_of(s.cbegin(), s.cend(),
-        [](QChar c) { return c.unicode() <= u' ' || c == kQuote || c == kDelimiter; });
+    return std::any_of(
+        s.cbegin(), s.cend(), [](QChar c) { return c.unicode() <= u' ' || c == kQuote || c == kDelimiter; });
 }
 
 // Message texts come from C strings on the other side: nothing after a NUL
@@ -52,8 +52,7 @@ TStringList::TStringList() = default;
 
 TStringList::TStringList(bool ownsObjects)
     : ownsObjects_(ownsObjects)
-{
-}
+{ }
 
 TStringList::~TStringList()
 {
@@ -200,8 +199,8 @@ int TStringList::IndexOf(const QString& s) const
         int index = -1;
         return Find(s, index) ? index : -1;
     }
-    const auto it = std::find_if(
-        items_.cbegin(), items_.cend(), [&](const Item& item) { return compareStrings(item.string, s) == 0; });
+    const auto it = std::find_if(items_.cbegin(), items_.cend(),
+        [&](const Item& item) { return compareStrings(item.string, s) == 0; });
     return it == items_.cend() ? -1 : static_cast<int>(it - items_.cbegin());
 }
 
@@ -218,8 +217,8 @@ int TStringList::IndexOfName(const QString& name) const
 
 int TStringList::IndexOfObject(const void* object) const
 {
-    const auto it
-        = std::find_if(items_.cbegin(), items_.cend(), [&](const Item& item) { return item.object == object; });
+    const auto it = std::find_if(
+        items_.cbegin(), items_.cend(), [&](const Item& item) { return item.object == object; });
     return it == items_.cend() ? -1 : static_cast<int>(it - items_.cbegin());
 }
 
@@ -476,7 +475,8 @@ int TStringList::compareStrings(QStringView a, QStringView b) const
 
 bool TStringList::holdsObjects() const
 {
-    return std::any_of(items_.cbegin(), items_.cend(), [](const Item& item) { return item.object != nullptr; });
+    return std::any_of(
+        items_.cbegin(), items_.cend(), [](const Item& item) { return item.object != nullptr; });
 }
 
 void TStringList::checkIndex(int index) const

@@ -81,7 +81,9 @@ public:
 
     private:
         friend class TStringList;
-        explicit const_iterator(std::vector<Item>::const_iterator it) : it_(it) { }
+        explicit const_iterator(std::vector<Item>::const_iterator it)
+            : it_(it)
+        { }
         std::vector<Item>::const_iterator it_;
     };
 
@@ -118,7 +120,7 @@ public:
     // Removes the entry; an owning list then frees its object.
     void Delete(int index);
     // Removes the entry and hands its object back to the caller, unfreed.
-    [[nodiscard]] void* Extract(int index);
+    void* Extract(int index);
     void Clear();
 
     // Index of the first equal string, or -1. A sorted list uses Find, which
@@ -218,7 +220,7 @@ private:
 
 // A list of strings with objects of one type T, typed on the way in and out.
 // An owning list frees its objects with `delete`.
-template <class T>
+template<class T>
 class TObjectStringList : public TStringList
 {
 public:
@@ -231,7 +233,7 @@ public:
     [[nodiscard]] T* Object(int index) const { return static_cast<T*>(Objects(index)); }
     int AddObject(const QString& s, T* object) { return TStringList::AddObject(s, object); }
     void InsertObject(int index, const QString& s, T* object) { TStringList::InsertObject(index, s, object); }
-    [[nodiscard]] T* ExtractObject(int index) { return static_cast<T*>(Extract(index)); }
+    T* ExtractObject(int index) { return static_cast<T*>(Extract(index)); }
 
 private:
     static void deleteObject(void* object) { delete static_cast<T*>(object); }
