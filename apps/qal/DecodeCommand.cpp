@@ -48,39 +48,26 @@ void readProperties(const QObject& record, Decoded& decoded)
     }
 }
 
-Decoded decodeOrder(const QString& message)
+// Exchange and client orders: a client order adds its remaining quantity,
+// and its remark is the full instruction remark.
+Decoded describeOrder(const TexchOrder& order)
 {
-    const TexchOrder order(message);
     Decoded decoded;
-    decoded.type = QStringLiteral("TexchOrder");
+    decoded.type = QString::fromLatin1(order.metaObject()->className()).section(QStringLiteral("::"), -1);
     readProperties(order, decoded);
     decoded.extras = {
         { QStringLiteral("status"), order.statusMessage() },
         { QStringLiteral("side"), order.GetBuySellText() },
         { QStringLiteral("option"), order.GetOrderOptionInfo() },
         { QStringLiteral("remark"), order.GetRemark() },
-        { QStringLiteral("fillQty"), order.CalculateFillQty() },
-        { QStringLiteral("queueQty"), order.CalculateQueuQty() },
     };
-    decoded.message = order.DDSImageMessage();
-    return decoded;
-}
-
-Decoded decodeClientOrder(const QString& message)
-{
-    const TomsOrder order(message);
-    Decoded decoded;
-    decoded.type = QStringLiteral("TomsOrder");
-    readProperties(order, decoded);
-    decoded.extras = {
-        { QStringLiteral("status"), order.statusMessage() },
-        { QStringLiteral("side"), order.GetBuySellText() },
-        { QStringLiteral("option"), order.GetOrderOptionInfo() },
-        { QStringLiteral("remark"), order.GetRemark() },
-        { QStringLiteral("remainingQty"), order.GetRemainingQty() },
-        { QStringLiteral("fillQty"), order.Fill_Qty },
-        { QStringLiteral("queueQty"), order.CalculateQueuQty() },
-    };
+    if (const auto* client = qobject_cast<const TomsOrder*>(&order)) {
+        decoded.extras.append({ QStringLiteral("remainingQty"), client->GetRemainingQty() });
+        decoded.extras.append({ QStringLiteral("fillQty"), client->Fill_Qty });
+    } else {
+        decoded.extras.append({ QStringLiteral("fillQty"), order.CalculateFillQty() });
+    }
+    decoded.extras.append({ QStringLiteral("queueQty"), order.CalculateQueuQty() });
     decoded.message = order.DDSImageMessage();
     return decoded;
 }
@@ -154,8 +141,8 @@ public:
             return;
         }
         const Decoded d = options_.kind == RecordKind::Trade ? decodeTrade(message)
-            : options_.kind == RecordKind::ClientOrder       ? decodeClientOrder(message)
-                                                             : decodeOrder(message);
+            : options_.kind == RecordKind::ClientOrder       ? describeOrder(TomsOrder(message))
+                                                             : describeOrder(TexchOrder(message));
         if (options_.json)
             printJson(out_, d);
         else

@@ -94,32 +94,25 @@ const Label* stopLabel(int orderOption)
     return &orderStopPriceLabel;
 }
 
-int toInt(QStringView value)
+// The contra side of a cross order or cross trade: account (110) and user (113).
+void updateContra(QStringView key, QStringView value, QString& account, QString& user)
 {
-    return StrToIntDef(value, 0);
+    switch (StrToIntDef(key, -1)) {
+    case 110:
+        account = value.toString();
+        break;
+    case 113:
+        user = value.toString();
+        break;
+    default:
+        break;
+    }
 }
 
-long double toFloat(QStringView value)
+void addContra(QString& s, const QString& account, const QString& user)
 {
-    return StrToFloatDef(value, 0);
-}
-
-void addIfNotEmpty(QString& s, int tag, const QString& value)
-{
-    if (!value.isEmpty())
-        DDSAddString(s, tag, value);
-}
-
-void addIfNotZero(QString& s, int tag, int value)
-{
-    if (value != 0)
-        DDSAddInteger(s, tag, value);
-}
-
-void addIfNotZero(QString& s, int tag, long double value)
-{
-    if (value != 0.0L)
-        DDSAddDouble(s, tag, double(value));
+    DDSAddStringIfSet(s, 110, account);
+    DDSAddStringIfSet(s, 113, user);
 }
 
 } // namespace
@@ -195,6 +188,24 @@ void DDSAddString(QString& s, int tag, QStringView value)
     s.append(u'|');
 }
 
+void DDSAddStringIfSet(QString& s, int tag, QStringView value)
+{
+    if (!value.isEmpty())
+        DDSAddString(s, tag, value);
+}
+
+void DDSAddIntegerIfSet(QString& s, int tag, int value)
+{
+    if (value != 0)
+        DDSAddInteger(s, tag, value);
+}
+
+void DDSAddDoubleIfSet(QString& s, int tag, long double value)
+{
+    if (value != 0.0L)
+        DDSAddDouble(s, tag, double(value));
+}
+
 int CompareSuffixalSymbol(const QString& a, const QString& b)
 {
     const qsizetype dotA = a.indexOf(u'.');
@@ -267,34 +278,34 @@ void TomsTrade::updateField(QStringView key, QStringView value)
         User = value.toString();
         break;
     case 3:
-        Fill_Price = toFloat(value);
+        Fill_Price = StrToFloatDef(value);
         break;
     case 4:
-        Fill_Qty = toInt(value);
+        Fill_Qty = StrToIntDef(value);
         break;
     case 11:
-        Side = toInt(value);
+        Side = StrToIntDef(value);
         break;
     case 47:
-        Hedge = toInt(value);
+        Hedge = StrToIntDef(value);
         break;
     case 46:
-        Principal = toInt(value);
+        Principal = StrToIntDef(value);
         break;
     case 101:
-        ShortSell = toInt(value);
+        ShortSell = StrToIntDef(value);
         break;
     case 45:
         BrokerID = value.toString();
         break;
     case 43:
-        TradeType = toInt(value);
+        TradeType = StrToIntDef(value);
         break;
     case 44:
-        Field44 = toInt(value);
+        Field44 = StrToIntDef(value);
         break;
     case 5:
-        Status = toInt(value);
+        Status = StrToIntDef(value);
         break;
     case 25:
         Remark = value.toString();
@@ -332,19 +343,19 @@ QString TomsTrade::DDSImageMessage() const
     DDSAddString(s, 13, User);
     DDSAddInteger(s, 4, Fill_Qty);
     DDSAddDouble(s, 3, double(Fill_Price));
-    addIfNotZero(s, 5, Status);
-    addIfNotZero(s, 47, Hedge);
-    addIfNotZero(s, 46, Principal);
-    addIfNotZero(s, 101, ShortSell);
-    addIfNotEmpty(s, 45, BrokerID);
+    DDSAddIntegerIfSet(s, 5, Status);
+    DDSAddIntegerIfSet(s, 47, Hedge);
+    DDSAddIntegerIfSet(s, 46, Principal);
+    DDSAddIntegerIfSet(s, 101, ShortSell);
+    DDSAddStringIfSet(s, 45, BrokerID);
     DDSAddInteger(s, 43, TradeType);
     if (Field44 > 0)
         DDSAddInteger(s, 44, Field44);
-    addIfNotEmpty(s, 33, EXE_Time);
-    addIfNotEmpty(s, 20, Exch);
-    addIfNotEmpty(s, 78, Field78);
-    addIfNotEmpty(s, 25, Remark);
-    addIfNotEmpty(s, 418, Runner);
+    DDSAddStringIfSet(s, 33, EXE_Time);
+    DDSAddStringIfSet(s, 20, Exch);
+    DDSAddStringIfSet(s, 78, Field78);
+    DDSAddStringIfSet(s, 25, Remark);
+    DDSAddStringIfSet(s, 418, Runner);
     DDSAddString(s, kTerminatorTag, kTerminatorValue);
     return s;
 }
@@ -528,40 +539,40 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         User = value.toString();
         break;
     case 3:
-        Price = toFloat(value);
+        Price = StrToFloatDef(value);
         break;
     case 4:
-        Quantity = toInt(value);
+        Quantity = StrToIntDef(value);
         break;
     case 11:
-        Side = toInt(value);
+        Side = StrToIntDef(value);
         break;
     case 5:
-        Status = toInt(value);
+        Status = StrToIntDef(value);
         break;
     case 40:
-        OrderOption = toInt(value);
+        OrderOption = StrToIntDef(value);
         break;
     case 489:
-        Option489 = toInt(value);
+        Option489 = StrToIntDef(value);
         break;
     case 490:
-        Option490 = toInt(value);
+        Option490 = StrToIntDef(value);
         break;
     case 491:
-        Option491 = toInt(value);
+        Option491 = StrToIntDef(value);
         break;
     case 492:
-        Option492 = toInt(value);
+        Option492 = StrToIntDef(value);
         break;
     case 47:
-        Field47 = toInt(value);
+        Field47 = StrToIntDef(value);
         break;
     case 46:
-        PrincipalType = toInt(value);
+        PrincipalType = StrToIntDef(value);
         break;
     case 101:
-        ShortSell = toInt(value);
+        ShortSell = StrToIntDef(value);
         break;
     case 45:
         CounterParty = value.toString();
@@ -570,13 +581,13 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Remark = value.toString();
         break;
     case 34:
-        Fill_Qty = toInt(value);
+        Fill_Qty = StrToIntDef(value);
         break;
     case 35:
-        Field35 = toInt(value);
+        Field35 = StrToIntDef(value);
         break;
     case 48:
-        Field48 = toInt(value);
+        Field48 = StrToIntDef(value);
         break;
     case 33:
         Order_Time = value.toString();
@@ -585,37 +596,37 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Order_Time501 = value.toString();
         break;
     case 41:
-        StopPrice = toFloat(value);
+        StopPrice = StrToFloatDef(value);
         break;
     case 42:
-        Price42 = toFloat(value);
+        Price42 = StrToFloatDef(value);
         break;
     case 493:
-        Price493 = toFloat(value);
+        Price493 = StrToFloatDef(value);
         break;
     case 494:
-        Price494 = toFloat(value);
+        Price494 = StrToFloatDef(value);
         break;
     case 1105:
-        Field1105 = toInt(value);
+        Field1105 = StrToIntDef(value);
         break;
     case 1106:
-        Field1106 = toInt(value);
+        Field1106 = StrToIntDef(value);
         break;
     case 1107:
-        Field1107 = toInt(value);
+        Field1107 = StrToIntDef(value);
         break;
     case 1108:
-        Field1108 = toInt(value);
+        Field1108 = StrToIntDef(value);
         break;
     case 12:
-        OpenClose = toInt(value);
+        OpenClose = StrToIntDef(value);
         break;
     case 39:
-        Field39 = toInt(value);
+        Field39 = StrToIntDef(value);
         break;
     case 464:
-        Field464 = toInt(value);
+        Field464 = StrToIntDef(value);
         break;
     case 20:
         Exch = value.toString();
@@ -624,10 +635,10 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         BrokerID = value.toString();
         break;
     case 43:
-        Field43 = toInt(value);
+        Field43 = StrToIntDef(value);
         break;
     case 44:
-        Field44 = toInt(value);
+        Field44 = StrToIntDef(value);
         break;
     case 74:
         User_Ref = value.toString();
@@ -656,56 +667,56 @@ QString TexchOrder::DDSImageMessage() const
 {
     QString s;
     s.reserve(256);
-    addIfNotEmpty(s, 6, OmsOrder_No);
-    addIfNotEmpty(s, 7, Order_No);
+    DDSAddStringIfSet(s, 6, OmsOrder_No);
+    DDSAddStringIfSet(s, 7, Order_No);
     DDSAddString(s, 0, Symbol);
-    addIfNotEmpty(s, 10, Account);
+    DDSAddStringIfSet(s, 10, Account);
     if (Side >= 0)
         DDSAddInteger(s, 11, Side);
-    addIfNotEmpty(s, 13, User);
+    DDSAddStringIfSet(s, 13, User);
     DDSAddInteger(s, 4, Quantity);
     DDSAddDouble(s, 3, double(Price));
-    addIfNotEmpty(s, 15, ref_no);
-    addIfNotZero(s, 5, Status);
-    addIfNotZero(s, 39, Field39);
-    addIfNotZero(s, 464, Field464);
-    addIfNotEmpty(s, 33, Order_Time);
-    addIfNotEmpty(s, 501, Order_Time501);
-    addIfNotEmpty(s, 25, Remark);
+    DDSAddStringIfSet(s, 15, ref_no);
+    DDSAddIntegerIfSet(s, 5, Status);
+    DDSAddIntegerIfSet(s, 39, Field39);
+    DDSAddIntegerIfSet(s, 464, Field464);
+    DDSAddStringIfSet(s, 33, Order_Time);
+    DDSAddStringIfSet(s, 501, Order_Time501);
+    DDSAddStringIfSet(s, 25, Remark);
     DDSAddInteger(s, 34, Fill_Qty);
     DDSAddInteger(s, 35, Field35);
     if (Status == StatusCancelled)
         DDSAddInteger(s, 48, Field48);
-    addIfNotZero(s, 40, OrderOption);
-    addIfNotZero(s, 489, Option489);
-    addIfNotZero(s, 490, Option490);
-    addIfNotZero(s, 491, Option491);
-    addIfNotZero(s, 492, Option492);
-    addIfNotZero(s, 41, StopPrice);
-    addIfNotZero(s, 42, Price42);
-    addIfNotZero(s, 493, Price493);
-    addIfNotZero(s, 494, Price494);
+    DDSAddIntegerIfSet(s, 40, OrderOption);
+    DDSAddIntegerIfSet(s, 489, Option489);
+    DDSAddIntegerIfSet(s, 490, Option490);
+    DDSAddIntegerIfSet(s, 491, Option491);
+    DDSAddIntegerIfSet(s, 492, Option492);
+    DDSAddDoubleIfSet(s, 41, StopPrice);
+    DDSAddDoubleIfSet(s, 42, Price42);
+    DDSAddDoubleIfSet(s, 493, Price493);
+    DDSAddDoubleIfSet(s, 494, Price494);
     if (OpenClose > 0)
         DDSAddInteger(s, 12, OpenClose);
-    addIfNotZero(s, 47, Field47);
-    addIfNotZero(s, 46, PrincipalType);
-    addIfNotZero(s, 101, ShortSell);
-    addIfNotEmpty(s, 45, CounterParty);
-    addIfNotEmpty(s, 20, Exch);
-    addIfNotEmpty(s, 78, BrokerID);
-    addIfNotZero(s, 1105, Field1105);
-    addIfNotZero(s, 1106, Field1106);
-    addIfNotZero(s, 1107, Field1107);
-    addIfNotZero(s, 1108, Field1108);
+    DDSAddIntegerIfSet(s, 47, Field47);
+    DDSAddIntegerIfSet(s, 46, PrincipalType);
+    DDSAddIntegerIfSet(s, 101, ShortSell);
+    DDSAddStringIfSet(s, 45, CounterParty);
+    DDSAddStringIfSet(s, 20, Exch);
+    DDSAddStringIfSet(s, 78, BrokerID);
+    DDSAddIntegerIfSet(s, 1105, Field1105);
+    DDSAddIntegerIfSet(s, 1106, Field1106);
+    DDSAddIntegerIfSet(s, 1107, Field1107);
+    DDSAddIntegerIfSet(s, 1108, Field1108);
     if (Field44 >= 0)
         DDSAddInteger(s, 44, Field44);
     if (Field43 >= 0)
         DDSAddInteger(s, 43, Field43);
-    addIfNotEmpty(s, 74, User_Ref);
-    addIfNotEmpty(s, 418, Runner);
-    addIfNotEmpty(s, 2020, riskCtrlLevel);
-    addIfNotEmpty(s, 487, Attributes.CommaText());
-    addIfNotEmpty(s, 191, Field191);
+    DDSAddStringIfSet(s, 74, User_Ref);
+    DDSAddStringIfSet(s, 418, Runner);
+    DDSAddStringIfSet(s, 2020, riskCtrlLevel);
+    DDSAddStringIfSet(s, 487, Attributes.CommaText());
+    DDSAddStringIfSet(s, 191, Field191);
     DDSAddString(s, kTerminatorTag, kTerminatorValue);
     return s;
 }
@@ -961,10 +972,10 @@ void amsManualTrade::updateField(QStringView key, QStringView value)
         Trade_No = value.toString();
         break;
     case 43:
-        TradeType = toInt(value);
+        TradeType = StrToIntDef(value);
         break;
     case 44:
-        TradeField44 = toInt(value);
+        TradeField44 = StrToIntDef(value);
         break;
     default:
         break;
@@ -1043,23 +1054,13 @@ amsCrossOrder::~amsCrossOrder() = default;
 void amsCrossOrder::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    switch (StrToIntDef(key, -1)) {
-    case 110:
-        ContraAccount = value.toString();
-        break;
-    case 113:
-        ContraUser = value.toString();
-        break;
-    default:
-        break;
-    }
+    updateContra(key, value, ContraAccount, ContraUser);
 }
 
 QString amsCrossOrder::DDSImageMessage() const
 {
     QString s = TexchOrder::DDSImageMessage();
-    addIfNotEmpty(s, 110, ContraAccount);
-    addIfNotEmpty(s, 113, ContraUser);
+    addContra(s, ContraAccount, ContraUser);
     return s;
 }
 
@@ -1094,7 +1095,7 @@ void amsCTFTrade::updateField(QStringView key, QStringView value)
 QString amsCTFTrade::DDSImageMessage() const
 {
     QString s = TomsTrade::DDSImageMessage();
-    addIfNotEmpty(s, 76, CTFBroker);
+    DDSAddStringIfSet(s, 76, CTFBroker);
     return s;
 }
 
@@ -1115,23 +1116,13 @@ amsCrossTrade::~amsCrossTrade() = default;
 void amsCrossTrade::updateField(QStringView key, QStringView value)
 {
     TomsTrade::updateField(key, value);
-    switch (StrToIntDef(key, -1)) {
-    case 110:
-        ContraAccount = value.toString();
-        break;
-    case 113:
-        ContraUser = value.toString();
-        break;
-    default:
-        break;
-    }
+    updateContra(key, value, ContraAccount, ContraUser);
 }
 
 QString amsCrossTrade::DDSImageMessage() const
 {
     QString s = TomsTrade::DDSImageMessage();
-    addIfNotEmpty(s, 110, ContraAccount);
-    addIfNotEmpty(s, 113, ContraUser);
+    addContra(s, ContraAccount, ContraUser);
     return s;
 }
 

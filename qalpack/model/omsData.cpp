@@ -10,34 +10,6 @@
 namespace qal {
 namespace {
 
-int toInt(QStringView value)
-{
-    return StrToIntDef(value, 0);
-}
-
-long double toFloat(QStringView value)
-{
-    return StrToFloatDef(value, 0);
-}
-
-void addIfNotEmpty(QString& s, int tag, const QString& value)
-{
-    if (!value.isEmpty())
-        DDSAddString(s, tag, value);
-}
-
-void addIfNotZero(QString& s, int tag, int value)
-{
-    if (value != 0)
-        DDSAddInteger(s, tag, value);
-}
-
-void addIfNotZero(QString& s, int tag, long double value)
-{
-    if (value != 0.0L)
-        DDSAddDouble(s, tag, double(value));
-}
-
 // The GTC attribute is cut up by position the way the OMS servers write it:
 // positions count from 1, 0 means "not there", and a piece with a negative or
 // zero length is empty.
@@ -149,10 +121,10 @@ void TomsOrder::updateField(QStringView key, QStringView value)
         AppReason = value.toString();
         break;
     case 503:
-        Held = toFloat(value);
+        Held = StrToFloatDef(value);
         break;
     case 1116:
-        ReqStatus = toInt(value);
+        ReqStatus = StrToIntDef(value);
         break;
     case 1113:
         LastTrdNum = value.toString();
@@ -212,25 +184,25 @@ void TomsOrder::updateField(QStringView key, QStringView value)
         Field1000 = value.toString();
         break;
     case 401:
-        Field401 = toInt(value);
+        Field401 = StrToIntDef(value);
         break;
     case 442:
-        Field442 = toInt(value);
+        Field442 = StrToIntDef(value);
         break;
     case 1109:
-        Field1109 = toInt(value);
+        Field1109 = StrToIntDef(value);
         break;
     case 71:
-        Price71 = toFloat(value);
+        Price71 = StrToFloatDef(value);
         break;
     case 95:
-        Price95 = toFloat(value);
+        Price95 = StrToFloatDef(value);
         break;
     case 459:
-        Price459 = toFloat(value);
+        Price459 = StrToFloatDef(value);
         break;
     case 1117:
-        Price1117 = toFloat(value);
+        Price1117 = StrToFloatDef(value);
         break;
     default:
         break;
@@ -240,42 +212,42 @@ void TomsOrder::updateField(QStringView key, QStringView value)
 QString TomsOrder::DDSImageMessage() const
 {
     QString s = TexchOrder::DDSImageMessage();
-    addIfNotEmpty(s, 455, BASKET_ID);
-    addIfNotEmpty(s, 456, WAVE_ID);
-    addIfNotEmpty(s, 460, Approval_ID);
-    addIfNotEmpty(s, 462, Reject_ID);
-    addIfNotEmpty(s, 486, SysRefValue);
-    addIfNotEmpty(s, 458, APPROVAL_LIMIT);
-    addIfNotEmpty(s, 400, Order_Source);
-    addIfNotEmpty(s, 188, AppReason);
-    addIfNotZero(s, 503, Held);
-    addIfNotZero(s, 1116, ReqStatus);
-    addIfNotEmpty(s, 1113, LastTrdNum);
-    addIfNotEmpty(s, 530, reqNum);
-    addIfNotEmpty(s, 1304, GTCDetails.CommaText());
-    addIfNotEmpty(s, 495, GTCDate);
-    addIfNotEmpty(s, 440, AlgoCommand);
-    addIfNotEmpty(s, 187, Field187);
-    addIfNotEmpty(s, 402, Field402);
-    addIfNotEmpty(s, 403, Field403);
-    addIfNotEmpty(s, 404, Field404);
-    addIfNotEmpty(s, 405, Field405);
-    addIfNotEmpty(s, 407, Field407);
-    addIfNotEmpty(s, 421, Field421);
-    addIfNotEmpty(s, 422, Field422);
-    addIfNotEmpty(s, 423, Field423);
-    addIfNotEmpty(s, 457, Field457);
-    addIfNotEmpty(s, 463, Field463);
-    addIfNotEmpty(s, 485, Field485);
-    addIfNotEmpty(s, 488, Field488);
-    addIfNotEmpty(s, 1000, Field1000);
-    addIfNotZero(s, 401, Field401);
-    addIfNotZero(s, 442, Field442);
-    addIfNotZero(s, 1109, Field1109);
-    addIfNotZero(s, 71, Price71);
-    addIfNotZero(s, 95, Price95);
-    addIfNotZero(s, 459, Price459);
-    addIfNotZero(s, 1117, Price1117);
+    DDSAddStringIfSet(s, 455, BASKET_ID);
+    DDSAddStringIfSet(s, 456, WAVE_ID);
+    DDSAddStringIfSet(s, 460, Approval_ID);
+    DDSAddStringIfSet(s, 462, Reject_ID);
+    DDSAddStringIfSet(s, 486, SysRefValue);
+    DDSAddStringIfSet(s, 458, APPROVAL_LIMIT);
+    DDSAddStringIfSet(s, 400, Order_Source);
+    DDSAddStringIfSet(s, 188, AppReason);
+    DDSAddDoubleIfSet(s, 503, Held);
+    DDSAddIntegerIfSet(s, 1116, ReqStatus);
+    DDSAddStringIfSet(s, 1113, LastTrdNum);
+    DDSAddStringIfSet(s, 530, reqNum);
+    DDSAddStringIfSet(s, 1304, GTCDetails.CommaText());
+    DDSAddStringIfSet(s, 495, GTCDate);
+    DDSAddStringIfSet(s, 440, AlgoCommand);
+    DDSAddStringIfSet(s, 187, Field187);
+    DDSAddStringIfSet(s, 402, Field402);
+    DDSAddStringIfSet(s, 403, Field403);
+    DDSAddStringIfSet(s, 404, Field404);
+    DDSAddStringIfSet(s, 405, Field405);
+    DDSAddStringIfSet(s, 407, Field407);
+    DDSAddStringIfSet(s, 421, Field421);
+    DDSAddStringIfSet(s, 422, Field422);
+    DDSAddStringIfSet(s, 423, Field423);
+    DDSAddStringIfSet(s, 457, Field457);
+    DDSAddStringIfSet(s, 463, Field463);
+    DDSAddStringIfSet(s, 485, Field485);
+    DDSAddStringIfSet(s, 488, Field488);
+    DDSAddStringIfSet(s, 1000, Field1000);
+    DDSAddIntegerIfSet(s, 401, Field401);
+    DDSAddIntegerIfSet(s, 442, Field442);
+    DDSAddIntegerIfSet(s, 1109, Field1109);
+    DDSAddDoubleIfSet(s, 71, Price71);
+    DDSAddDoubleIfSet(s, 95, Price95);
+    DDSAddDoubleIfSet(s, 459, Price459);
+    DDSAddDoubleIfSet(s, 1117, Price1117);
     return s;
 }
 
