@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include "qalpack/orderdb/DatabaseAccess.h"
+
+#include <exception>
+#include <memory>
+
+#include "qalpack/db/Database.h"
+#include "qalpack/db/Session.h"
+#include "qalpack/omslib/DatabaseSetting.h"
+#include "qalpack/omslib/ElHashList.h"
+#include "qalpack/profile/QalApplicationProfile.h"
+#include "qalpack/runtime/StringList.h"
+
+namespace qal {
+
+namespace {
+
+// The login the desk has always used when nothing else is configured.
+QString defaultUser()
+{
+    return QStringLiteral("sa");
+}
+
+// The unit's state. The data module owns the connections; the cache only
+// points at them. The redirection map holds "LOGICAL NAME=data-map key".
+struct DatabaseAccessState
+{
+    std::unique_ptr<TOmsDM> dmOms;
+    TElHashList<TDatabase*> DbHash;
+    TStringList redirectDBMap;
+};
+
+DatabaseAccessState& state()
+{
+    // The session must outlive the data module: its connections are closed
+    // when the data module goes at process exit.
+    (void)TSession::Default();
+    static DatabaseAccessState instance;
+    return instance;
+}
+
+} // namespace
+
+namespace internal {
+
+void ResetDatabaseAccess()
+{
+    DatabaseAccessState& unit = state();
+    unit.DbHash.Clear();
+    unit.dmOms.reset();
+    unit.redirectDBMap.Clear();
+}
+
+} // namespace internal
+
+TOmsDM::TOmsDM()
+{
+    setObjectName(QStringLiteral("OmsDM"));
+}
+
+TOmsDM::~TOmsDM() = default;
+
+TOmsDM* TOmsDM::GetInstance()
+{
+    DatabaseAccessState& unit = state();
+    if (!unit.dmOms)
+        unit.dmOms.reset(new TOmsDM);
+    return unit.dmOms.get();
+}
+
+TDatabase* TOmsDM::GetDatabase(const QString& name)
+{
+    DatabaseAccessState& unit = state();
+    const QString cacheKey = name.toUpper();
+    if (TDatabase* const* cached = unit.DbHash.GetItem(cacheKey))
+        return *cached;
+
+    QString connectionName = cacheKey;
+    QString user = defaultUser();
+    QString password;
+    auto* database = new TDatabase(this);
+    unit.DbHash.AddItem(cacheKey, database);
+
+    TQalApplicationProfile* profile = TQalApplicationProfile::GetInstance();
+    QString mapKey = unit.redirectDBMap.Values(cacheKey);
+    if (mapKey.isEmpty())
+        mapKey = profile->getValue(QStringLiteral("OMS_DATAMAP"), cacheKey);
+    if (!mapKey.isEmpty()) {
+        QString alias;
+        if (GetDatabaseSetting(alias, user, password, mapKey)) {
+            connectionName = alias;
+            AddDataMap(alias, mapKey);
+        } else if (const QString dsnSource = profile->getValue(mapKey, QStringLiteral("DSN_Source"));
+                   !dsnSource.isEmpty()) {
+            connectionName = dsnSource;
+            AddDataMap(dsnSource, mapKey);
+            user = profile->getValue(mapKey, QStringLiteral("DSN_user"));
+            password = profile->getValue(mapKey, QStringLiteral("DSN_password"));
+        }
+    }
+    // A password without a user is never sent: the desk logs on as "sa".
+    if (user.isEmpty()) {
+        user = defaultUser();
+        password.clear();
+    }
+
+    try {
+        database->SetAliasName(connectionName);
+        // Both lines are always present so that they override the alias's
+        // own login lines, an empty password included.
+        database->Params().Clear();
+        database->Params().Add(QStringLiteral("user name=") + user);
+        database->Params().Add(QStringLiteral("password=") + password);
+        database->SetDatabaseName(connectionName + QStringLiteral("DB"));
+        database->SetLoginPrompt(false);
+        database->SetConnected(true);
+    } catch (const std::exception&) {
+        // An unreachable database is not the caller's error to see: it gets
+        // nullptr, and the next request starts afresh.
+        unit.DbHash.DeleteItem(cacheKey);
+        delete database;
+        return nullptr;
+    }
+    return database;
+}
+
+void TOmsDM::AddDataMap(const QString& name, const QString& mapKey)
+{
+    TStringList& redirect = state().redirectDBMap;
+    const QString key = name.toUpper();
+    if (redirect.Values(key).isEmpty())
+        redirect.SetValue(key, mapKey);
+}
+
+} // namespace qal

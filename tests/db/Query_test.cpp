@@ -1,0 +1,360 @@
+// SPDX-License-Identifier: MIT
+// Blotter loaders read rows through TQuery: typed values converted on access,
+// NULL kept apart from empty text, date-times shown as "hh:nn:ss", fields
+// found whatever the case of their names, and ":name" parameters bound by the
+// driver. The same cases run on SQLite and on PostgreSQL.
+#include "qalpack/db/Query.h"
+
+#include <QDateTime>
+#include <QString>
+#include <QVariant>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/DatabaseFixture.h"
+#include "tests/support/QtPrinters.h"
+
+namespace {
+
+using qal::DatabaseError;
+using qal::TFieldType;
+using qal::TQuery;
+using qal::test::DatabaseTest;
+using qal::test::Driver;
+
+TEST(FormatDateTime, LaysOutTheStamp)
+{
+    const QDateTime stamp(QDate(2024, 5, 1), QTime(14, 5, 9, 250));
+    const struct
+    {
+        const char* format;
+        const char* expected;
+    } rows[] = {
+        { "hh:nn:ss", "14:05:09" },
+        { "hh:mm", "14:05" }, // "mm" after an hour is minutes
+        { "yyyy-mm-dd", "2024-05-01" },
+        { "d/m/yy", "1/5/24" },
+        { "h:nn am/pm", "2:05 pm" },
+        { "hh:nn:ss.zzz", "14:05:09.250" },
+        { "ddd d mmm yyyy", "Wed 1 May 2024" },
+        { "'at' hh\"h\"", "at 14h" },
+        { "c", "2024-05-01 14:05:09" },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.format);
+        EXPECT_EQ(qal::FormatDateTime(QString::fromUtf8(row.format), stamp), QString::fromUtf8(row.expected));
+    }
+}
+
+TEST(QueryParams, FollowTheNamesInTheSql)
+{
+    const struct
+    {
+        const char* name;
+        QStringList lines;
+        QStringList params;
+    } rows[] = {
+        { "one per distinct name, case-insensitive",
+            { "select * from t where a = :acct or b = :ACCT and c = :qty" }, { "acct", "qty" } },
+        { "not inside quotes or comments",
+            { "select ':x', \"col:y\" from t -- :z", "where /* :w */ a = :real" }, { "real" } },
+        { "not a cast or an assignment", { "select a::text, b := 1, :p" }, { "p" } },
+        { "not inside a dollar-quoted body", { "select $body$ :inner $body$, :outer" }, { "outer" } },
+        { "across lines", { "select * from t", "where a = :first", "and b = :second" },
+            { "first", "second" } },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        TQuery query;
+        for (const QString& line : row.lines)
+            query.SQL().Add(line);
+        QStringList names;
+        for (int i = 0; i < query.Params().Count(); ++i)
+            names.append(query.Params().Items(i).Name());
+        EXPECT_EQ(names, row.params);
+    }
+}
+
+TEST(QueryParams, KeepValuesOfNamesThatStayWhenTheSqlChanges)
+{
+    TQuery query;
+    query.SQL().Add("select :a, :b");
+    query.ParamByName(u"a").SetAsInteger(7);
+    query.ParamByName(u"b").SetAsString("x");
+    query.SQL().Clear();
+    query.SQL().Add("select :b, :c");
+    ASSERT_EQ(query.Params().Count(), 2);
+    EXPECT_EQ(query.ParamByName(u"B").AsString(), "x");
+    EXPECT_FALSE(query.ParamByName(u"c").Bound());
+    EXPECT_THROW((void)query.ParamByName(u"a"), DatabaseError);
+}
+
+TEST(Param, ConvertsOnReadAndTakesItsTypeFromTheFirstValue)
+{
+    const struct
+    {
+        const char* name;
+        QVariant value;
+        TFieldType type;
+        const char* text;
+        qint64 integer;
+    } rows[] = {
+        { "text", QString("42"), TFieldType::ftString, "42", 42 },
+        { "integer", 7, TFieldType::ftInteger, "7", 7 },
+        { "large integer", qlonglong(5000000000LL), TFieldType::ftLargeint, "5000000000", 5000000000LL },
+        { "float", 2.5, TFieldType::ftFloat, "2.5", 2 },
+        { "boolean", true, TFieldType::ftBoolean, "True", 1 },
+        { "null", QVariant(), TFieldType::ftUnknown, "", 0 },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        qal::TParam param("@p", TFieldType::ftUnknown, qal::TParamType::ptInput);
+        EXPECT_FALSE(param.Bound());
+        param.SetValue(row.value);
+        EXPECT_TRUE(param.Bound());
+        EXPECT_EQ(param.IsNull(), !row.value.isValid());
+        EXPECT_EQ(param.DataType(), row.type);
+        EXPECT_EQ(param.AsString(), QString::fromUtf8(row.text));
+        EXPECT_EQ(param.AsLargeInt(), row.integer);
+    }
+    qal::TParam text("@m_quantity", TFieldType::ftInteger, qal::TParamType::ptInput);
+    text.SetAsString("12x");
+    EXPECT_EQ(text.DataType(), TFieldType::ftInteger); // a declared type stays
+    try {
+        (void)text.AsInteger();
+        FAIL() << "text that is not a number must raise";
+    } catch (const DatabaseError& error) {
+        EXPECT_TRUE(error.message().contains("@m_quantity")) << error.message().toStdString();
+    }
+}
+
+TEST(SqliteDates, NumbersInDateTimeColumnsShowAsTimes)
+{
+    qal::TSession::Default().AddAlias("QAL_MEMORY", "SQLITE", { "DATABASE=:memory:" });
+    TQuery query;
+    query.SetDatabaseName("QAL_MEMORY");
+    query.SQL().Add("create table stamps (by_day datetime, by_second timestamp)");
+    query.ExecSQL();
+    query.SQL().Clear();
+    query.SQL().Add("insert into stamps values (julianday('2024-05-01 14:05:09'), 1714572309)");
+    query.ExecSQL();
+    query.SQL().Clear();
+    query.SQL().Add("select * from stamps");
+    query.Open();
+    qal::TField& byDay = query.FieldByName("by_day");
+    byDay.SetDisplayFormat("hh:nn:ss");
+    EXPECT_EQ(byDay.DisplayText(), "14:05:09"); // a Julian day number, rounded to the millisecond
+    EXPECT_EQ(query.FieldByName("by_second").AsString(), "2024-05-01 14:05:09"); // seconds since 1970
+    query.Close();
+    qal::TSession::Default().DropConnections();
+    qal::TSession::Default().DeleteAlias("QAL_MEMORY");
+}
+
+class QueryTest : public DatabaseTest
+{
+protected:
+    void SetUp() override
+    {
+        DatabaseTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        exec("create table trades (Order_No varchar(20), Quantity integer, Price float, Created timestamp, "
+             "Flag boolean, Note varchar(40), Big bigint)");
+        db_ = database();
+        insert("O1", 100, 12.5, "2024-05-01 14:05:09.250", true, "first", 5000000000LL);
+        insert("O2", {}, {}, {}, {}, "", {});
+        insert("O3", -7, 0.1, "2023-12-31 23:59:59", false, "it's \"quoted\"", 0);
+    }
+
+    void insert(const QVariant& no, const QVariant& qty, const QVariant& price, const QVariant& created,
+        const QVariant& flag, const QVariant& note, const QVariant& big)
+    {
+        TQuery query;
+        query.SetDatabaseName("TESTDBDB");
+        query.SQL().Add("insert into trades values (:no, :qty, :price, :created, :flag, :note, :big)");
+        query.ParamByName(u"no").SetValue(no);
+        query.ParamByName(u"qty").SetValue(qty);
+        query.ParamByName(u"price").SetValue(price);
+        if (created.isValid())
+            query.ParamByName(u"created")
+                .SetAsDateTime(QDateTime::fromString(created.toString(), Qt::ISODateWithMs));
+        else
+            query.ParamByName(u"created").SetValue({});
+        query.ParamByName(u"flag").SetValue(flag);
+        query.ParamByName(u"note").SetValue(note);
+        query.ParamByName(u"big").SetValue(big);
+        query.ExecSQL();
+        EXPECT_EQ(query.RowsAffected(), 1);
+    }
+
+    // Opens "select * from trades where Order_No = '<no>'".
+    void openRow(TQuery& query, const QString& no)
+    {
+        query.SetDatabaseName("TESTDBDB");
+        query.SQL().Add("select * from trades");
+        query.SQL().Add("where Order_No = :no");
+        query.ParamByName(u"no").SetAsString(no);
+        query.Open();
+        ASSERT_FALSE(query.Eof());
+    }
+
+    std::unique_ptr<qal::TDatabase> db_;
+};
+
+TEST_P(QueryTest, ReadsEachTypeAsTheDeskExpects)
+{
+    TQuery query;
+    openRow(query, "O1");
+    const struct
+    {
+        const char* field;
+        TFieldType type;
+        const char* text;
+        qint64 integer;
+        double number;
+        QMetaType::Type boxed;
+    } rows[] = {
+        { "Order_No", TFieldType::ftString, "O1", 0, 0, QMetaType::QString },
+        { "Quantity", TFieldType::ftInteger, "100", 100, 100, QMetaType::Int },
+        { "Price", TFieldType::ftFloat, "12.5", 12, 12.5, QMetaType::Double }, // rounds half to even
+        { "Flag", TFieldType::ftBoolean, "True", 1, 1, QMetaType::Bool },
+        { "Big", TFieldType::ftLargeint, "5000000000", 5000000000LL, 5e9, QMetaType::LongLong },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.field);
+        const qal::TField& field = query.FieldByName(row.field);
+        EXPECT_EQ(field.DataType(), row.type);
+        EXPECT_FALSE(field.IsNull());
+        EXPECT_EQ(field.AsString(), QString::fromUtf8(row.text));
+        if (row.type != TFieldType::ftString) {
+            EXPECT_EQ(field.AsLargeInt(), row.integer);
+            EXPECT_DOUBLE_EQ(field.AsFloat(), row.number);
+        }
+        EXPECT_EQ(field.Value().typeId(), row.boxed);
+    }
+    EXPECT_TRUE(query.FieldByName("Flag").AsBoolean());
+    EXPECT_THROW((void)query.FieldByName("Big").AsInteger(), DatabaseError); // does not fit 32 bits
+    EXPECT_THROW((void)query.FieldByName("Order_No").AsInteger(), DatabaseError);
+}
+
+TEST_P(QueryTest, NullStaysApartFromEmptyText)
+{
+    TQuery query;
+    openRow(query, "O2");
+    for (const char* name : { "Quantity", "Price", "Created", "Flag", "Big" }) {
+        SCOPED_TRACE(name);
+        const qal::TField& field = query.FieldByName(name);
+        EXPECT_TRUE(field.IsNull());
+        EXPECT_EQ(field.AsString(), "");
+        EXPECT_EQ(field.AsInteger(), 0);
+        EXPECT_EQ(field.AsFloat(), 0);
+        EXPECT_FALSE(field.Value().isValid());
+        EXPECT_EQ(field.DisplayText(), "");
+    }
+    const qal::TField& note = query.FieldByName("Note");
+    EXPECT_FALSE(note.IsNull());
+    EXPECT_EQ(note.AsString(), "");
+    EXPECT_TRUE(note.Value().isValid());
+}
+
+TEST_P(QueryTest, DateTimeDisplayTextFollowsTheDisplayFormat)
+{
+    TQuery query;
+    openRow(query, "O1");
+    qal::TField& created = query.FieldByName("created");
+    EXPECT_EQ(created.DataType(), TFieldType::ftDateTime);
+    EXPECT_EQ(created.AsString(), "2024-05-01 14:05:09.250");
+    EXPECT_EQ(created.DisplayText(), "2024-05-01 14:05:09.250");
+    created.SetDisplayFormat("hh:nn:ss");
+    EXPECT_EQ(created.DisplayText(), "14:05:09");
+    EXPECT_EQ(created.AsDateTime(), QDateTime(QDate(2024, 5, 1), QTime(14, 5, 9, 250)));
+    EXPECT_EQ(created.AsString(), "2024-05-01 14:05:09.250"); // the display format is for display only
+}
+
+TEST_P(QueryTest, FieldsAreFoundWhateverTheCase)
+{
+    TQuery query;
+    openRow(query, "O1");
+    qal::TField* field = &query.FieldByName("Order_No");
+    EXPECT_EQ(&query.FieldByName("ORDER_NO"), field);
+    EXPECT_EQ(&query.FieldByName(QString("order_no")), field);
+    EXPECT_EQ(&query.FieldByName(QLatin1String("oRdEr_nO")), field);
+    EXPECT_EQ(&query.FieldByName(u"order_No"), field);
+    EXPECT_EQ(query.FindField("StatusFlags"), nullptr);
+    try {
+        (void)query.FieldByName("StatusFlags");
+        FAIL() << "an unknown field must raise";
+    } catch (const DatabaseError& error) {
+        EXPECT_EQ(error.Database(), "TESTDBDB");
+        EXPECT_TRUE(error.message().contains("StatusFlags")) << error.message().toStdString();
+    }
+
+    qal::TStringList names;
+    query.GetFieldNames(names);
+    ASSERT_EQ(names.Count(), 7);
+    EXPECT_EQ(names.Strings(0).toLower(), "order_no"); // PostgreSQL folds unquoted names to lower case
+    EXPECT_EQ(names.IndexOf("CREATED"), 3);
+}
+
+TEST_P(QueryTest, ParametersAreBoundNotSpliced)
+{
+    TQuery query;
+    query.SetDatabaseName("TESTDBDB");
+    query.SQL().Add("select Order_No from trades where Note = :note or Order_No = :note");
+    query.ParamByName(u"note").SetAsString("it's \"quoted\"");
+    query.Open();
+    ASSERT_FALSE(query.Eof());
+    EXPECT_EQ(query.FieldByName("order_no").AsString(), "O3");
+    query.Next();
+    EXPECT_TRUE(query.Eof());
+
+    TQuery missing;
+    missing.SetDatabaseName("TESTDBDB");
+    missing.SQL().Add("select * from trades where Quantity > :min");
+    EXPECT_THROW(missing.Open(), DatabaseError);
+}
+
+TEST_P(QueryTest, WalksRowsFirstToLastAndBack)
+{
+    TQuery query;
+    query.SetDatabaseName("TESTDBDB");
+    query.SQL().Add("select Order_No, Quantity from trades order by Order_No");
+    query.Open();
+    QStringList seen;
+    for (; !query.Eof(); query.Next())
+        seen.append(query.FieldByName("Order_No").AsString());
+    EXPECT_EQ(seen, QStringList({ "O1", "O2", "O3" }));
+    EXPECT_TRUE(query.FieldByName("Order_No").IsNull()); // no current row past the end
+    query.Next();
+    EXPECT_TRUE(query.Eof());
+    query.First();
+    ASSERT_FALSE(query.Eof());
+    EXPECT_EQ(query.FieldByName("Quantity").AsInteger(), 100);
+
+    TQuery empty;
+    empty.SetDatabaseName("TESTDBDB");
+    empty.SQL().Add("select * from trades where 1 = 0");
+    empty.Open();
+    EXPECT_TRUE(empty.Eof());
+    EXPECT_EQ(empty.FieldCount(), 7);
+}
+
+TEST_P(QueryTest, ServerErrorsNameTheDatabase)
+{
+    TQuery query;
+    query.SetDatabaseName("TESTDBDB");
+    query.SQL().Add("select * from no_such_table");
+    try {
+        query.Open();
+        FAIL() << "a query on a missing table must raise";
+    } catch (const DatabaseError& error) {
+        EXPECT_EQ(error.Database(), "TESTDBDB");
+        EXPECT_TRUE(error.message().contains("no_such_table")) << error.message().toStdString();
+    }
+    EXPECT_FALSE(query.Active());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Drivers, QueryTest, testing::Values(Driver::Sqlite, Driver::Postgres), qal::test::driverName);
+
+} // namespace
