@@ -8,6 +8,8 @@
 
 #include "qalpack/db/Database.h"
 #include "qalpack/db/DatabaseError.h"
+#include "qalpack/omslib/omsIniFile.h"
+#include "qalpack/omslib/omsLog.h"
 #include "qalpack/runtime/IniFile.h"
 #include "qalpack/runtime/StringList.h"
 
@@ -42,9 +44,25 @@ QString resolved(const QDir& base, const QString& path)
 
 } // namespace
 
+// The default session reads the alias file that the shared OMS INI names
+// the first time anyone asks for it, so a host only sets OMS_INI. Without
+// OMS_INI, or when the file names no alias file, the session starts empty
+// and the host adds its aliases itself; a broken alias file is logged.
 TSession& TSession::Default()
 {
     static TSession session;
+    [[maybe_unused]] static const bool aliasesRead = [] {
+        const QString omsIni = omsIniPath();
+        if (omsIni.isEmpty() || !QFileInfo::exists(omsIni))
+            return false;
+        try {
+            session.LoadAliasesFromOmsIni(omsIni);
+            return true;
+        } catch (const Error& e) {
+            omsLogMsg(QStringLiteral("Database aliases not loaded: %1").arg(e.message()), omsLogWarning);
+            return false;
+        }
+    }();
     return session;
 }
 
