@@ -5,8 +5,12 @@
 
 #include <cstdio>
 
+#include "apps/qal/BlotterCommand.h"
+#include "apps/qal/DbCommand.h"
 #include "apps/qal/DecodeCommand.h"
+#include "apps/qal/SaveCommand.h"
 #include "apps/qal/TickCommand.h"
+#include "apps/qal/WhoamiCommand.h"
 
 namespace {
 
@@ -15,6 +19,10 @@ constexpr auto kUsage = R"(Usage: qal <command> [options]
 Commands:
   decode   read tagged order or trade messages and show the records they make
   tick     show where prices stand on an exchange's price-spread ladder
+  db       create the order database (db init [--sample])
+  blotter  load orders, exchange orders or trades and show them as a blotter
+  save     save a new order given as a tagged message
+  whoami   show what the library knows of a user
 
 Run "qal <command> --help" for a command's options.
 )";
@@ -39,6 +47,14 @@ int main(int argc, char** argv)
         return qal::tool::runDecode(arguments, out, err);
     if (command == u"tick")
         return qal::tool::runTick(arguments, out, err);
+    if (command == u"db")
+        return qal::tool::runDb(arguments, out, err);
+    if (command == u"blotter")
+        return qal::tool::runBlotter(arguments, out, err);
+    if (command == u"save")
+        return qal::tool::runSave(arguments, out, err);
+    if (command == u"whoami")
+        return qal::tool::runWhoami(arguments, out, err);
     err << "qal: unknown command \"" << command << "\"\n" << kUsage;
     return 2;
 }
