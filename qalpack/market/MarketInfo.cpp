@@ -450,14 +450,3 @@ std::unique_ptr<TmarketInfo> MarketInfoFactory(TomsOrder& order)
 }
 
 } // namespace qal
-
-extern "C" qal::TmarketInfo* MarketInfoFactory(qal::TomsOrder* order) noexcept
-{
-    if (order == nullptr)
-        return nullptr;
-    try {
-        return qal::MarketInfoFactory(*order).release();
-    } catch (...) {
-        return nullptr;
-    }
-}

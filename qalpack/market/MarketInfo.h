@@ -309,8 +309,3 @@ public:
 [[nodiscard]] QALPACK_EXPORT std::unique_ptr<TmarketInfo> MarketInfoFactory(TomsOrder& order);
 
 } // namespace qal
-
-// MarketInfoFactory under its plain exported name, for hosts that look it up
-// by name. Returns null for a null order (or when the object cannot be made).
-// The caller owns the result: delete it, or give it a QObject parent.
-extern "C" QALPACK_EXPORT qal::TmarketInfo* MarketInfoFactory(qal::TomsOrder* order) noexcept;

@@ -90,15 +90,6 @@ TEST(MarketInfo, FactoryPicksViewByExchangeAndInstructionWord)
     }
 }
 
-TEST(MarketInfo, PlainExportedFactoryHandsOverOwnership)
-{
-    EXPECT_EQ(::MarketInfoFactory(nullptr), nullptr);
-    TomsOrder order;
-    order.Exch = "HKFE";
-    const std::unique_ptr<TmarketInfo> info(::MarketInfoFactory(&order));
-    EXPECT_NE(qobject_cast<HKFEinfo*>(info.get()), nullptr);
-}
-
 TEST(MarketInfo, PublishesPropertiesByExactNameAndAccess)
 {
     const struct
