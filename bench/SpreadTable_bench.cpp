@@ -5,6 +5,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/BenchGoals.h"
 #include "qalpack/market/SpreadTable.h"
 
 namespace {
@@ -32,8 +33,9 @@ void BM_ValidatePrice(benchmark::State& state)
             benchmark::DoNotOptimize(table.ValidatePrice(p));
     }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(prices().size()));
+    bench::setRateGoal(state, 10e6);
 }
-BENCHMARK(BM_ValidatePrice);
+BENCHMARK(BM_ValidatePrice)->Name("ladder/ValidatePrice");
 
 void BM_GetNearestPrice(benchmark::State& state)
 {
@@ -43,8 +45,9 @@ void BM_GetNearestPrice(benchmark::State& state)
             benchmark::DoNotOptimize(table.GetNearestPrice(p));
     }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(prices().size()));
+    bench::setRateGoal(state, 10e6);
 }
-BENCHMARK(BM_GetNearestPrice);
+BENCHMARK(BM_GetNearestPrice)->Name("ladder/GetNearestPrice");
 
 void BM_GetNextPrice(benchmark::State& state)
 {
@@ -55,8 +58,9 @@ void BM_GetNextPrice(benchmark::State& state)
             benchmark::DoNotOptimize(table.GetNextPrice(p, steps));
     }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(prices().size()));
+    bench::setRateGoal(state, 10e6);
 }
-BENCHMARK(BM_GetNextPrice)->Arg(1)->Arg(-1)->Arg(10)->Arg(-10);
+BENCHMARK(BM_GetNextPrice)->Name("ladder/GetNextPrice")->Arg(1)->Arg(-1)->Arg(10)->Arg(-10);
 
 } // namespace
 

@@ -11,42 +11,62 @@ TChangeNotifier::TChangeNotifier(QObject* owner)
     : QObject(owner)
 { }
 
-TChangeNotifier::~TChangeNotifier()
+TChangeNotifier::~TChangeNotifier() = default; // subscribers are not told
+
+void TChangeNotifier::retire(RecordList& records, std::size_t first, std::size_t last)
 {
-    ClearAllCallback();
-    // Subscribers are not told; the channels' lists go with the notifier.
-    std::vector<Channel> channels;
-    channels.swap(channels_);
+    const auto begin = records.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto end = records.begin() + static_cast<std::ptrdiff_t>(last);
+    // Out of the list before anything is freed: a callback's captures may
+    // reach back into this notifier when they go.
+    RecordList taken(std::make_move_iterator(begin), std::make_move_iterator(end));
+    records.erase(begin, end);
+    if (walking_ > 0)
+        retired_.insert(
+            retired_.end(), std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end()));
 }
 
-// Walks a subscription list by index, reading its size afresh on every pass so
-// that subscriptions appended by a callback are reached in the same walk.
+// Walks a subscription list by index, reading its size afresh on every pass
+// so that subscriptions appended by a callback are reached in the same walk.
 // A marked subscription is dropped where it stands (the index stays); any
-// other is called and the walk steps past it. currentList() returns the list
-// anew on every pass because a callback may grow the container that holds it.
+// other is called and the walk steps past it.
 template<typename CurrentList>
 void TChangeNotifier::walk(CurrentList currentList, void* data)
 {
+    struct Depth
+    {
+        TChangeNotifier& notifier;
+        explicit Depth(TChangeNotifier& n)
+            : notifier(n)
+        {
+            ++notifier.walking_;
+        }
+        ~Depth()
+        {
+            if (--notifier.walking_ == 0) {
+                RecordList freed;
+                freed.swap(notifier.retired_);
+            }
+        }
+    } depth(*this);
+
     for (std::size_t i = 0; i < currentList().size();) {
-        RecordList& records = currentList();
-        if (records[i]->deleted) {
-            // Destroyed only after the list is consistent again: a callback's
-            // captures may reach back into this notifier when they go.
-            const std::shared_ptr<Record> dropped = std::move(records[i]);
-            records.erase(records.begin() + static_cast<std::ptrdiff_t>(i));
+        // The record itself stays put while its list grows, and is only
+        // retired, not freed, while this walk runs.
+        Record* const record = currentList()[i].get();
+        if (record->deleted) {
+            retire(currentList(), i, i + 1);
             continue;
         }
-        const std::shared_ptr<Record> running = records[i];
-        if (!running->callback)
+        if (!record->callback)
             throw Error(QStringLiteral("TChangeNotifier: a subscriber registered an empty callback"));
-        running->callback(data, running->custom);
+        record->callback(data, record->custom);
         ++i;
     }
 }
 
 void TChangeNotifier::removeMatching(RecordList& records, void* custom, bool markOnly)
 {
-    RecordList dropped;
     for (std::size_t i = 0; i < records.size();) {
         if (records[i]->custom != custom) {
             ++i;
@@ -54,8 +74,7 @@ void TChangeNotifier::removeMatching(RecordList& records, void* custom, bool mar
             records[i]->deleted = true;
             ++i;
         } else {
-            dropped.push_back(std::move(records[i]));
-            records.erase(records.begin() + static_cast<std::ptrdiff_t>(i));
+            retire(records, i, i + 1);
         }
     }
 }
@@ -94,22 +113,19 @@ void TChangeNotifier::FireChannelizedEvent(const QString& channel, void* data)
 
 void TChangeNotifier::ClearAllCallback()
 {
-    RecordList dropped;
-    dropped.swap(callbacks_);
+    retire(callbacks_, 0, callbacks_.size());
 }
 
 void TChangeNotifier::ClearAllChanelCallback()
 {
-    for (std::size_t i = 0; i < channels_.size(); ++i) {
-        RecordList dropped;
-        dropped.swap(channels_[i].records);
-    }
+    for (Channel& channel : channels_)
+        retire(channel.records, 0, channel.records.size());
 }
 
 void TChangeNotifier::RegisterCallback(TChangeNotifyEvent callback, void* custom)
 {
-    callbacks_.push_back(std::make_shared<Record>(Record { callback, custom }));
-    OnRegisterCallback(callback, custom);
+    callbacks_.push_back(std::make_unique<Record>(Record { std::move(callback), custom }));
+    OnRegisterCallback(callbacks_.back()->callback, custom);
 }
 
 void TChangeNotifier::RemoveCallback(void* custom)
@@ -120,14 +136,14 @@ void TChangeNotifier::RemoveCallback(void* custom)
 void TChangeNotifier::RegisterChannelizedCallback(
     const QString& channel, TChangeNotifyEvent callback, void* custom)
 {
-    auto record = std::make_shared<Record>(Record { callback, custom });
     int index = channelIndex(channel);
     if (index < 0) {
         channels_.push_back(Channel { channel, {} });
         index = static_cast<int>(channels_.size()) - 1;
     }
-    channels_[static_cast<std::size_t>(index)].records.push_back(std::move(record));
-    OnRegisterChannelizedCallback(channel, callback, custom);
+    RecordList& records = channels_[static_cast<std::size_t>(index)].records;
+    records.push_back(std::make_unique<Record>(Record { std::move(callback), custom }));
+    OnRegisterChannelizedCallback(channel, records.back()->callback, custom);
 }
 
 void TChangeNotifier::RemoveChannelizedCallback(const QString& channel, void* custom)

@@ -105,9 +105,7 @@ private:
         void* custom = nullptr;
         bool deleted = false; // removed while its list was being fired
     };
-    // Shared so that a callback running during a fire survives its own
-    // removal or a clear of its list until it returns.
-    using RecordList = std::vector<std::shared_ptr<Record>>;
+    using RecordList = std::vector<std::unique_ptr<Record>>;
     struct Channel
     {
         QString name;
@@ -115,9 +113,15 @@ private:
     };
 
     [[nodiscard]] int channelIndex(const QString& channel) const;
+    // Calls the subscriptions of the list that `currentList()` returns (anew
+    // on every step: a callback may grow the container that holds it).
     template<typename CurrentList>
-    static void walk(CurrentList currentList, void* data);
-    static void removeMatching(RecordList& records, void* custom, bool markOnly);
+    void walk(CurrentList currentList, void* data);
+    // Frees records, or, while a walk of this notifier is running, keeps
+    // them until it ends, so that a running callback never loses its own
+    // function object.
+    void retire(RecordList& records, std::size_t first, std::size_t last);
+    void removeMatching(RecordList& records, void* custom, bool markOnly);
 
     RecordList callbacks_;
     bool enabled_ = true;
@@ -126,6 +130,8 @@ private:
     std::vector<Channel> channels_;
     bool firing_ = false;
     bool channelFiring_ = false;
+    int walking_ = 0; // fires of this notifier in progress (nested fires count)
+    RecordList retired_;
 };
 
 } // namespace qal

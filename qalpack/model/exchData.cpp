@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/model/exchData.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <functional>
 
 #include "qalpack/omslib/LineParser.h"
 #include "qalpack/runtime/Convert.h"
@@ -15,12 +17,144 @@ namespace {
 constexpr int kTerminatorTag = 502;
 constexpr QStringView kTerminatorValue = u"TRADE";
 
-void appendTag(QString& s, int tag)
+// Writes "tag|value|" fields at the end of a message, in place. The text is
+// grown ahead of the fields (by `ahead` characters whenever a field does not
+// fit) and cut back to what was written when the writer goes, so a whole
+// record costs a couple of allocations rather than a few per field.
+class MessageWriter
 {
-    std::array<char, 16> buf {};
-    const auto end = std::to_chars(buf.data(), buf.data() + buf.size(), tag).ptr;
-    s.append(QLatin1StringView(buf.data(), end - buf.data()));
-    s.append(u'|');
+public:
+    explicit MessageWriter(QString& s, qsizetype ahead = 0)
+        : s_(s)
+        , used_(s.size())
+        , ahead_(ahead)
+    { }
+    ~MessageWriter()
+    {
+        if (s_.size() != used_)
+            s_.resize(used_);
+    }
+    MessageWriter(const MessageWriter&) = delete;
+    MessageWriter& operator=(const MessageWriter&) = delete;
+
+    void addInteger(int tag, int value)
+    {
+        std::array<char, 16> text {};
+        const char* end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+        addAscii(tag, text.data(), end);
+    }
+
+    // Six decimals, the text of FixedText(value, 6): std::to_chars in fixed
+    // notation rounds exactly as printf does, as {fmt} does for FixedText.
+    void addDouble(int tag, double value)
+    {
+        // Room for the longest double in fixed notation: 309 digits, sign, point, six decimals.
+        std::array<char, 352> text {};
+        const char* end
+            = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6).ptr;
+        addAscii(tag, text.data(), end);
+    }
+
+    void addString(int tag, QStringView value)
+    {
+        // A value that is a piece of this very message would move when the
+        // message grows: write a copy.
+        const std::less<const char16_t*> before;
+        const auto* own = reinterpret_cast<const char16_t*>(s_.constData());
+        if (!before(value.utf16(), own) && before(value.utf16(), own + s_.size())) {
+            const QString copy = value.toString();
+            addString(tag, copy);
+            return;
+        }
+        Tag t(tag);
+        char16_t* out = room(t.size() + 1 + value.size() + 1);
+        out = std::copy(t.begin(), t.end(), out);
+        *out++ = u'|';
+        out = std::copy_n(value.utf16(), value.size(), out);
+        *out = u'|';
+    }
+
+    void addStringIfSet(int tag, QStringView value)
+    {
+        if (!value.isEmpty())
+            addString(tag, value);
+    }
+    void addIntegerIfSet(int tag, int value)
+    {
+        if (value != 0)
+            addInteger(tag, value);
+    }
+    void addDoubleIfSet(int tag, long double value)
+    {
+        if (value != 0.0L)
+            addDouble(tag, double(value));
+    }
+
+private:
+    class Tag
+    {
+    public:
+        explicit Tag(int tag)
+            : end_(std::to_chars(text_.data(), text_.data() + text_.size(), tag).ptr)
+        { }
+        [[nodiscard]] const char* begin() const { return text_.data(); }
+        [[nodiscard]] const char* end() const { return end_; }
+        [[nodiscard]] qsizetype size() const { return end_ - text_.data(); }
+
+    private:
+        std::array<char, 16> text_ {};
+        const char* end_;
+    };
+
+    void addAscii(int tag, const char* value, const char* valueEnd)
+    {
+        Tag t(tag);
+        char16_t* out = room(t.size() + 1 + (valueEnd - value) + 1);
+        out = std::copy(t.begin(), t.end(), out);
+        *out++ = u'|';
+        out = std::copy(value, valueEnd, out);
+        *out = u'|';
+    }
+
+    // Where the next `count` characters go.
+    char16_t* room(qsizetype count)
+    {
+        if (used_ + count > s_.size())
+            s_.resize(used_ + count + ahead_);
+        char16_t* out = reinterpret_cast<char16_t*>(s_.data()) + used_;
+        used_ += count;
+        return out;
+    }
+
+    QString& s_;
+    qsizetype used_;
+    qsizetype ahead_;
+};
+
+// A message field's text. An update repeats most fields unchanged: an equal
+// non-empty text keeps the string it has instead of allocating a new one.
+void assignText(QString& field, QStringView value)
+{
+    if (!value.isEmpty() && field == value)
+        return;
+    field = value.toString();
+}
+
+// The tag of a message key: plain digits are read in place, anything else
+// as StrToIntDef reads it; -1 when the key is not a number.
+int tagOf(QStringView key)
+{
+    if (key.size() > 0 && key.size() <= 9) {
+        int tag = 0;
+        for (const QChar c : key) {
+            const unsigned digit = unsigned(c.unicode()) - u'0';
+            if (digit > 9)
+                return StrToIntDef(key, -1);
+            tag = tag * 10 + int(digit);
+        }
+        return tag;
+    }
+    return StrToIntDef(key, -1);
 }
 
 // Texts shared by orders and trades: the untranslated status words, and the
@@ -97,12 +231,12 @@ const Label* stopLabel(int orderOption)
 // The contra side of a cross order or cross trade: account (110) and user (113).
 void updateContra(QStringView key, QStringView value, QString& account, QString& user)
 {
-    switch (StrToIntDef(key, -1)) {
+    switch (tagOf(key)) {
     case 110:
-        account = value.toString();
+        assignText(account, value);
         break;
     case 113:
-        user = value.toString();
+        assignText(user, value);
         break;
     default:
         break;
@@ -167,43 +301,32 @@ const std::vector<Label>& exchDataLabels()
 
 void DDSAddInteger(QString& s, int tag, int value)
 {
-    appendTag(s, tag);
-    std::array<char, 16> buf {};
-    const auto end = std::to_chars(buf.data(), buf.data() + buf.size(), value).ptr;
-    s.append(QLatin1StringView(buf.data(), end - buf.data()));
-    s.append(u'|');
+    MessageWriter(s).addInteger(tag, value);
 }
 
 void DDSAddDouble(QString& s, int tag, double value)
 {
-    appendTag(s, tag);
-    s.append(FixedText(value, 6));
-    s.append(u'|');
+    MessageWriter(s).addDouble(tag, value);
 }
 
 void DDSAddString(QString& s, int tag, QStringView value)
 {
-    appendTag(s, tag);
-    s.append(value);
-    s.append(u'|');
+    MessageWriter(s).addString(tag, value);
 }
 
 void DDSAddStringIfSet(QString& s, int tag, QStringView value)
 {
-    if (!value.isEmpty())
-        DDSAddString(s, tag, value);
+    MessageWriter(s).addStringIfSet(tag, value);
 }
 
 void DDSAddIntegerIfSet(QString& s, int tag, int value)
 {
-    if (value != 0)
-        DDSAddInteger(s, tag, value);
+    MessageWriter(s).addIntegerIfSet(tag, value);
 }
 
 void DDSAddDoubleIfSet(QString& s, int tag, long double value)
 {
-    if (value != 0.0L)
-        DDSAddDouble(s, tag, double(value));
+    MessageWriter(s).addDoubleIfSet(tag, value);
 }
 
 int CompareSuffixalSymbol(const QString& a, const QString& b)
@@ -258,24 +381,21 @@ void TomsTrade::applyMessage(QStringView message)
 
 void TomsTrade::updateField(QStringView key, QStringView value)
 {
-    int tag = 0;
-    if (!TryStrToInt(key, tag))
-        return;
-    switch (tag) {
+    switch (tagOf(key)) {
     case 7:
-        Exch_No = value.toString();
+        assignText(Exch_No, value);
         break;
     case 8:
-        Order_No = value.toString();
+        assignText(Order_No, value);
         break;
     case 0:
-        Symbol = value.toString();
+        assignText(Symbol, value);
         break;
     case 10:
-        Account = value.toString();
+        assignText(Account, value);
         break;
     case 13:
-        User = value.toString();
+        assignText(User, value);
         break;
     case 3:
         Fill_Price = StrToFloatDef(value);
@@ -296,7 +416,7 @@ void TomsTrade::updateField(QStringView key, QStringView value)
         ShortSell = StrToIntDef(value);
         break;
     case 45:
-        BrokerID = value.toString();
+        assignText(BrokerID, value);
         break;
     case 43:
         TradeType = StrToIntDef(value);
@@ -308,22 +428,22 @@ void TomsTrade::updateField(QStringView key, QStringView value)
         Status = StrToIntDef(value);
         break;
     case 25:
-        Remark = value.toString();
+        assignText(Remark, value);
         break;
     case 33:
-        EXE_Time = value.toString();
+        assignText(EXE_Time, value);
         break;
     case 20:
-        Exch = value.toString();
+        assignText(Exch, value);
         break;
     case 78:
-        Field78 = value.toString();
+        assignText(Field78, value);
         break;
     case 6:
-        OmsOrder_No = value.toString();
+        assignText(OmsOrder_No, value);
         break;
     case 418:
-        Runner = value.toString();
+        assignText(Runner, value);
         break;
     default:
         break;
@@ -333,30 +453,33 @@ void TomsTrade::updateField(QStringView key, QStringView value)
 QString TomsTrade::DDSImageMessage() const
 {
     QString s;
-    s.reserve(192);
-    DDSAddString(s, 7, Exch_No);
-    DDSAddString(s, 8, Order_No);
-    DDSAddString(s, 6, OmsOrder_No);
-    DDSAddString(s, 0, Symbol);
-    DDSAddString(s, 10, Account);
-    DDSAddInteger(s, 11, Side);
-    DDSAddString(s, 13, User);
-    DDSAddInteger(s, 4, Fill_Qty);
-    DDSAddDouble(s, 3, double(Fill_Price));
-    DDSAddIntegerIfSet(s, 5, Status);
-    DDSAddIntegerIfSet(s, 47, Hedge);
-    DDSAddIntegerIfSet(s, 46, Principal);
-    DDSAddIntegerIfSet(s, 101, ShortSell);
-    DDSAddStringIfSet(s, 45, BrokerID);
-    DDSAddInteger(s, 43, TradeType);
-    if (Field44 > 0)
-        DDSAddInteger(s, 44, Field44);
-    DDSAddStringIfSet(s, 33, EXE_Time);
-    DDSAddStringIfSet(s, 20, Exch);
-    DDSAddStringIfSet(s, 78, Field78);
-    DDSAddStringIfSet(s, 25, Remark);
-    DDSAddStringIfSet(s, 418, Runner);
-    DDSAddString(s, kTerminatorTag, kTerminatorValue);
+    {
+        // The writer cuts the text to length when it goes, before the return.
+        MessageWriter w(s, 256);
+        w.addString(7, Exch_No);
+        w.addString(8, Order_No);
+        w.addString(6, OmsOrder_No);
+        w.addString(0, Symbol);
+        w.addString(10, Account);
+        w.addInteger(11, Side);
+        w.addString(13, User);
+        w.addInteger(4, Fill_Qty);
+        w.addDouble(3, double(Fill_Price));
+        w.addIntegerIfSet(5, Status);
+        w.addIntegerIfSet(47, Hedge);
+        w.addIntegerIfSet(46, Principal);
+        w.addIntegerIfSet(101, ShortSell);
+        w.addStringIfSet(45, BrokerID);
+        w.addInteger(43, TradeType);
+        if (Field44 > 0)
+            w.addInteger(44, Field44);
+        w.addStringIfSet(33, EXE_Time);
+        w.addStringIfSet(20, Exch);
+        w.addStringIfSet(78, Field78);
+        w.addStringIfSet(25, Remark);
+        w.addStringIfSet(418, Runner);
+        w.addString(kTerminatorTag, kTerminatorValue);
+    }
     return s;
 }
 
@@ -516,27 +639,24 @@ void TexchOrder::applyMessage(QStringView message)
 
 void TexchOrder::updateField(QStringView key, QStringView value)
 {
-    int tag = 0;
-    if (!TryStrToInt(key, tag))
-        return;
-    switch (tag) {
+    switch (tagOf(key)) {
     case 6:
-        OmsOrder_No = value.toString();
+        assignText(OmsOrder_No, value);
         break;
     case 7:
-        Order_No = value.toString();
+        assignText(Order_No, value);
         break;
     case 15:
-        ref_no = value.toString();
+        assignText(ref_no, value);
         break;
     case 0:
-        Symbol = value.toString();
+        assignText(Symbol, value);
         break;
     case 10:
-        Account = value.toString();
+        assignText(Account, value);
         break;
     case 13:
-        User = value.toString();
+        assignText(User, value);
         break;
     case 3:
         Price = StrToFloatDef(value);
@@ -575,10 +695,10 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         ShortSell = StrToIntDef(value);
         break;
     case 45:
-        CounterParty = value.toString();
+        assignText(CounterParty, value);
         break;
     case 25:
-        Remark = value.toString();
+        assignText(Remark, value);
         break;
     case 34:
         Fill_Qty = StrToIntDef(value);
@@ -590,10 +710,10 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Field48 = StrToIntDef(value);
         break;
     case 33:
-        Order_Time = value.toString();
+        assignText(Order_Time, value);
         break;
     case 501:
-        Order_Time501 = value.toString();
+        assignText(Order_Time501, value);
         break;
     case 41:
         StopPrice = StrToFloatDef(value);
@@ -629,10 +749,10 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Field464 = StrToIntDef(value);
         break;
     case 20:
-        Exch = value.toString();
+        assignText(Exch, value);
         break;
     case 78:
-        BrokerID = value.toString();
+        assignText(BrokerID, value);
         break;
     case 43:
         Field43 = StrToIntDef(value);
@@ -641,22 +761,22 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Field44 = StrToIntDef(value);
         break;
     case 74:
-        User_Ref = value.toString();
+        assignText(User_Ref, value);
         break;
     case 418:
-        Runner = value.toString();
+        assignText(Runner, value);
         break;
     case 2020:
-        riskCtrlLevel = value.toString();
+        assignText(riskCtrlLevel, value);
         break;
     case 1119:
-        Last_MOD_Time = value.toString();
+        assignText(Last_MOD_Time, value);
         break;
     case 487:
         Attributes.SetCommaText(value.toString());
         break;
     case 191:
-        Field191 = value.toString();
+        assignText(Field191, value);
         break;
     default:
         break;
@@ -666,58 +786,61 @@ void TexchOrder::updateField(QStringView key, QStringView value)
 QString TexchOrder::DDSImageMessage() const
 {
     QString s;
-    s.reserve(256);
-    DDSAddStringIfSet(s, 6, OmsOrder_No);
-    DDSAddStringIfSet(s, 7, Order_No);
-    DDSAddString(s, 0, Symbol);
-    DDSAddStringIfSet(s, 10, Account);
-    if (Side >= 0)
-        DDSAddInteger(s, 11, Side);
-    DDSAddStringIfSet(s, 13, User);
-    DDSAddInteger(s, 4, Quantity);
-    DDSAddDouble(s, 3, double(Price));
-    DDSAddStringIfSet(s, 15, ref_no);
-    DDSAddIntegerIfSet(s, 5, Status);
-    DDSAddIntegerIfSet(s, 39, Field39);
-    DDSAddIntegerIfSet(s, 464, Field464);
-    DDSAddStringIfSet(s, 33, Order_Time);
-    DDSAddStringIfSet(s, 501, Order_Time501);
-    DDSAddStringIfSet(s, 25, Remark);
-    DDSAddInteger(s, 34, Fill_Qty);
-    DDSAddInteger(s, 35, Field35);
-    if (Status == StatusCancelled)
-        DDSAddInteger(s, 48, Field48);
-    DDSAddIntegerIfSet(s, 40, OrderOption);
-    DDSAddIntegerIfSet(s, 489, Option489);
-    DDSAddIntegerIfSet(s, 490, Option490);
-    DDSAddIntegerIfSet(s, 491, Option491);
-    DDSAddIntegerIfSet(s, 492, Option492);
-    DDSAddDoubleIfSet(s, 41, StopPrice);
-    DDSAddDoubleIfSet(s, 42, Price42);
-    DDSAddDoubleIfSet(s, 493, Price493);
-    DDSAddDoubleIfSet(s, 494, Price494);
-    if (OpenClose > 0)
-        DDSAddInteger(s, 12, OpenClose);
-    DDSAddIntegerIfSet(s, 47, Field47);
-    DDSAddIntegerIfSet(s, 46, PrincipalType);
-    DDSAddIntegerIfSet(s, 101, ShortSell);
-    DDSAddStringIfSet(s, 45, CounterParty);
-    DDSAddStringIfSet(s, 20, Exch);
-    DDSAddStringIfSet(s, 78, BrokerID);
-    DDSAddIntegerIfSet(s, 1105, Field1105);
-    DDSAddIntegerIfSet(s, 1106, Field1106);
-    DDSAddIntegerIfSet(s, 1107, Field1107);
-    DDSAddIntegerIfSet(s, 1108, Field1108);
-    if (Field44 >= 0)
-        DDSAddInteger(s, 44, Field44);
-    if (Field43 >= 0)
-        DDSAddInteger(s, 43, Field43);
-    DDSAddStringIfSet(s, 74, User_Ref);
-    DDSAddStringIfSet(s, 418, Runner);
-    DDSAddStringIfSet(s, 2020, riskCtrlLevel);
-    DDSAddStringIfSet(s, 487, Attributes.CommaText());
-    DDSAddStringIfSet(s, 191, Field191);
-    DDSAddString(s, kTerminatorTag, kTerminatorValue);
+    {
+        // The writer cuts the text to length when it goes, before the return.
+        MessageWriter w(s, 512);
+        w.addStringIfSet(6, OmsOrder_No);
+        w.addStringIfSet(7, Order_No);
+        w.addString(0, Symbol);
+        w.addStringIfSet(10, Account);
+        if (Side >= 0)
+            w.addInteger(11, Side);
+        w.addStringIfSet(13, User);
+        w.addInteger(4, Quantity);
+        w.addDouble(3, double(Price));
+        w.addStringIfSet(15, ref_no);
+        w.addIntegerIfSet(5, Status);
+        w.addIntegerIfSet(39, Field39);
+        w.addIntegerIfSet(464, Field464);
+        w.addStringIfSet(33, Order_Time);
+        w.addStringIfSet(501, Order_Time501);
+        w.addStringIfSet(25, Remark);
+        w.addInteger(34, Fill_Qty);
+        w.addInteger(35, Field35);
+        if (Status == StatusCancelled)
+            w.addInteger(48, Field48);
+        w.addIntegerIfSet(40, OrderOption);
+        w.addIntegerIfSet(489, Option489);
+        w.addIntegerIfSet(490, Option490);
+        w.addIntegerIfSet(491, Option491);
+        w.addIntegerIfSet(492, Option492);
+        w.addDoubleIfSet(41, StopPrice);
+        w.addDoubleIfSet(42, Price42);
+        w.addDoubleIfSet(493, Price493);
+        w.addDoubleIfSet(494, Price494);
+        if (OpenClose > 0)
+            w.addInteger(12, OpenClose);
+        w.addIntegerIfSet(47, Field47);
+        w.addIntegerIfSet(46, PrincipalType);
+        w.addIntegerIfSet(101, ShortSell);
+        w.addStringIfSet(45, CounterParty);
+        w.addStringIfSet(20, Exch);
+        w.addStringIfSet(78, BrokerID);
+        w.addIntegerIfSet(1105, Field1105);
+        w.addIntegerIfSet(1106, Field1106);
+        w.addIntegerIfSet(1107, Field1107);
+        w.addIntegerIfSet(1108, Field1108);
+        if (Field44 >= 0)
+            w.addInteger(44, Field44);
+        if (Field43 >= 0)
+            w.addInteger(43, Field43);
+        w.addStringIfSet(74, User_Ref);
+        w.addStringIfSet(418, Runner);
+        w.addStringIfSet(2020, riskCtrlLevel);
+        w.addStringIfSet(487, Attributes.CommaText());
+        w.addStringIfSet(191, Field191);
+        w.addString(kTerminatorTag, kTerminatorValue);
+    }
     return s;
 }
 
@@ -967,9 +1090,9 @@ amsManualTrade::~amsManualTrade() = default;
 void amsManualTrade::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    switch (StrToIntDef(key, -1)) {
+    switch (tagOf(key)) {
     case 8:
-        Trade_No = value.toString();
+        assignText(Trade_No, value);
         break;
     case 43:
         TradeType = StrToIntDef(value);
@@ -1020,8 +1143,8 @@ amsOrderHistory::~amsOrderHistory() = default;
 void amsOrderHistory::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    if (StrToIntDef(key, -1) == 9)
-        Action = value.toString();
+    if (tagOf(key) == 9)
+        assignText(Action, value);
 }
 
 QString amsOrderHistory::DDSImageMessage() const
@@ -1088,8 +1211,8 @@ amsCTFTrade::~amsCTFTrade() = default;
 void amsCTFTrade::updateField(QStringView key, QStringView value)
 {
     TomsTrade::updateField(key, value);
-    if (StrToIntDef(key, -1) == 76)
-        CTFBroker = value.toString();
+    if (tagOf(key) == 76)
+        assignText(CTFBroker, value);
 }
 
 QString amsCTFTrade::DDSImageMessage() const

@@ -10,6 +10,32 @@
 namespace qal {
 namespace {
 
+// A message field's text. An update repeats most fields unchanged: an equal
+// non-empty text keeps the string it has instead of allocating a new one.
+void assignText(QString& field, QStringView value)
+{
+    if (!value.isEmpty() && field == value)
+        return;
+    field = value.toString();
+}
+
+// The tag of a message key: plain digits are read in place, anything else
+// as StrToIntDef reads it; -1 when the key is not a number.
+int tagOf(QStringView key)
+{
+    if (key.size() > 0 && key.size() <= 9) {
+        int tag = 0;
+        for (const QChar c : key) {
+            const unsigned digit = unsigned(c.unicode()) - u'0';
+            if (digit > 9)
+                return StrToIntDef(key, -1);
+            tag = tag * 10 + int(digit);
+        }
+        return tag;
+    }
+    return StrToIntDef(key, -1);
+}
+
 // The GTC attribute is cut up by position the way the OMS servers write it:
 // positions count from 1, 0 means "not there", and a piece with a negative or
 // zero length is empty.
@@ -94,31 +120,32 @@ TomsOrder::~TomsOrder() = default;
 
 void TomsOrder::updateField(QStringView key, QStringView value)
 {
-    TexchOrder::updateField(key, value);
-    switch (StrToIntDef(key, -1)) {
+    // The exchange order's tags and this order's own are disjoint: this
+    // order's are stored here, only the others go on to TexchOrder.
+    switch (tagOf(key)) {
     case 455:
-        BASKET_ID = value.toString();
+        assignText(BASKET_ID, value);
         break;
     case 456:
-        WAVE_ID = value.toString();
+        assignText(WAVE_ID, value);
         break;
     case 460:
-        Approval_ID = value.toString();
+        assignText(Approval_ID, value);
         break;
     case 462:
-        Reject_ID = value.toString();
+        assignText(Reject_ID, value);
         break;
     case 486:
-        SysRefValue = value.toString();
+        assignText(SysRefValue, value);
         break;
     case 458:
-        APPROVAL_LIMIT = value.toString();
+        assignText(APPROVAL_LIMIT, value);
         break;
     case 400:
-        Order_Source = value.toString();
+        assignText(Order_Source, value);
         break;
     case 188:
-        AppReason = value.toString();
+        assignText(AppReason, value);
         break;
     case 503:
         Held = StrToFloatDef(value);
@@ -127,61 +154,61 @@ void TomsOrder::updateField(QStringView key, QStringView value)
         ReqStatus = StrToIntDef(value);
         break;
     case 1113:
-        LastTrdNum = value.toString();
+        assignText(LastTrdNum, value);
         break;
     case 530:
-        reqNum = value.toString();
+        assignText(reqNum, value);
         break;
     case 1304:
         GTCDetails.SetCommaText(value.toString());
         break;
     case 495:
-        GTCDate = value.toString();
+        assignText(GTCDate, value);
         break;
     case 440:
-        AlgoCommand = value.toString();
+        assignText(AlgoCommand, value);
         break;
     case 187:
-        Field187 = value.toString();
+        assignText(Field187, value);
         break;
     case 402:
-        Field402 = value.toString();
+        assignText(Field402, value);
         break;
     case 403:
-        Field403 = value.toString();
+        assignText(Field403, value);
         break;
     case 404:
-        Field404 = value.toString();
+        assignText(Field404, value);
         break;
     case 405:
-        Field405 = value.toString();
+        assignText(Field405, value);
         break;
     case 407:
-        Field407 = value.toString();
+        assignText(Field407, value);
         break;
     case 421:
-        Field421 = value.toString();
+        assignText(Field421, value);
         break;
     case 422:
-        Field422 = value.toString();
+        assignText(Field422, value);
         break;
     case 423:
-        Field423 = value.toString();
+        assignText(Field423, value);
         break;
     case 457:
-        Field457 = value.toString();
+        assignText(Field457, value);
         break;
     case 463:
-        Field463 = value.toString();
+        assignText(Field463, value);
         break;
     case 485:
-        Field485 = value.toString();
+        assignText(Field485, value);
         break;
     case 488:
-        Field488 = value.toString();
+        assignText(Field488, value);
         break;
     case 1000:
-        Field1000 = value.toString();
+        assignText(Field1000, value);
         break;
     case 401:
         Field401 = StrToIntDef(value);
@@ -205,6 +232,7 @@ void TomsOrder::updateField(QStringView key, QStringView value)
         Price1117 = StrToFloatDef(value);
         break;
     default:
+        TexchOrder::updateField(key, value);
         break;
     }
 }
@@ -212,42 +240,56 @@ void TomsOrder::updateField(QStringView key, QStringView value)
 QString TomsOrder::DDSImageMessage() const
 {
     QString s = TexchOrder::DDSImageMessage();
-    DDSAddStringIfSet(s, 455, BASKET_ID);
-    DDSAddStringIfSet(s, 456, WAVE_ID);
-    DDSAddStringIfSet(s, 460, Approval_ID);
-    DDSAddStringIfSet(s, 462, Reject_ID);
-    DDSAddStringIfSet(s, 486, SysRefValue);
-    DDSAddStringIfSet(s, 458, APPROVAL_LIMIT);
-    DDSAddStringIfSet(s, 400, Order_Source);
-    DDSAddStringIfSet(s, 188, AppReason);
-    DDSAddDoubleIfSet(s, 503, Held);
-    DDSAddIntegerIfSet(s, 1116, ReqStatus);
-    DDSAddStringIfSet(s, 1113, LastTrdNum);
-    DDSAddStringIfSet(s, 530, reqNum);
-    DDSAddStringIfSet(s, 1304, GTCDetails.CommaText());
-    DDSAddStringIfSet(s, 495, GTCDate);
-    DDSAddStringIfSet(s, 440, AlgoCommand);
-    DDSAddStringIfSet(s, 187, Field187);
-    DDSAddStringIfSet(s, 402, Field402);
-    DDSAddStringIfSet(s, 403, Field403);
-    DDSAddStringIfSet(s, 404, Field404);
-    DDSAddStringIfSet(s, 405, Field405);
-    DDSAddStringIfSet(s, 407, Field407);
-    DDSAddStringIfSet(s, 421, Field421);
-    DDSAddStringIfSet(s, 422, Field422);
-    DDSAddStringIfSet(s, 423, Field423);
-    DDSAddStringIfSet(s, 457, Field457);
-    DDSAddStringIfSet(s, 463, Field463);
-    DDSAddStringIfSet(s, 485, Field485);
-    DDSAddStringIfSet(s, 488, Field488);
-    DDSAddStringIfSet(s, 1000, Field1000);
-    DDSAddIntegerIfSet(s, 401, Field401);
-    DDSAddIntegerIfSet(s, 442, Field442);
-    DDSAddIntegerIfSet(s, 1109, Field1109);
-    DDSAddDoubleIfSet(s, 71, Price71);
-    DDSAddDoubleIfSet(s, 95, Price95);
-    DDSAddDoubleIfSet(s, 459, Price459);
-    DDSAddDoubleIfSet(s, 1117, Price1117);
+    // Most of these fields are unset on any one order: test them here, call
+    // the writers only for the ones that are written.
+    const auto text = [&s](int tag, const QString& value) {
+        if (!value.isEmpty())
+            DDSAddString(s, tag, value);
+    };
+    const auto integer = [&s](int tag, int value) {
+        if (value != 0)
+            DDSAddInteger(s, tag, value);
+    };
+    const auto number = [&s](int tag, long double value) {
+        if (value != 0.0L)
+            DDSAddDouble(s, tag, double(value));
+    };
+    text(455, BASKET_ID);
+    text(456, WAVE_ID);
+    text(460, Approval_ID);
+    text(462, Reject_ID);
+    text(486, SysRefValue);
+    text(458, APPROVAL_LIMIT);
+    text(400, Order_Source);
+    text(188, AppReason);
+    number(503, Held);
+    integer(1116, ReqStatus);
+    text(1113, LastTrdNum);
+    text(530, reqNum);
+    text(1304, GTCDetails.CommaText());
+    text(495, GTCDate);
+    text(440, AlgoCommand);
+    text(187, Field187);
+    text(402, Field402);
+    text(403, Field403);
+    text(404, Field404);
+    text(405, Field405);
+    text(407, Field407);
+    text(421, Field421);
+    text(422, Field422);
+    text(423, Field423);
+    text(457, Field457);
+    text(463, Field463);
+    text(485, Field485);
+    text(488, Field488);
+    text(1000, Field1000);
+    integer(401, Field401);
+    integer(442, Field442);
+    integer(1109, Field1109);
+    number(71, Price71);
+    number(95, Price95);
+    number(459, Price459);
+    number(1117, Price1117);
     return s;
 }
 

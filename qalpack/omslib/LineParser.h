@@ -52,14 +52,26 @@ private:
 template<class F>
 void forEachTaggedPair(QStringView message, F&& f)
 {
-    LineParser parser(message);
-    if (!parser.next())
+    // One pass over the characters, with the token rules of LineParser: a
+    // message is split for every order update, so this stays inline.
+    const char16_t* const chars = message.utf16();
+    const qsizetype size = message.size();
+    const auto fieldEnd = [chars, size](qsizetype from) {
+        while (from < size && chars[from] != u'|')
+            ++from;
+        return from;
+    };
+    if (size == 0)
         return;
-    while (const auto key = parser.next()) {
-        const auto value = parser.next();
-        if (!value)
+    qsizetype pos = fieldEnd(0) + 1;
+    while (pos < size) {
+        const qsizetype keyEnd = fieldEnd(pos);
+        const qsizetype valueStart = keyEnd + 1;
+        if (valueStart >= size)
             return;
-        std::invoke(f, *key, *value);
+        const qsizetype valueEnd = fieldEnd(valueStart);
+        std::invoke(f, message.sliced(pos, keyEnd - pos), message.sliced(valueStart, valueEnd - valueStart));
+        pos = valueEnd + 1;
     }
 }
 

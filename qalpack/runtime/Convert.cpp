@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 
 namespace qal {
 namespace {
@@ -18,7 +19,7 @@ constexpr bool isBlank(char16_t c)
 // valid number, or any non-ASCII character, is rejected up front.
 struct AsciiBuffer
 {
-    std::array<char, 128> bytes {};
+    std::array<char, 128> bytes; // only the first `size` bytes are written and read
     std::size_t size = 0;
 
     bool assign(QStringView text)
@@ -50,10 +51,129 @@ QStringView trimTrailing(QStringView text)
     return text.first(n);
 }
 
+// Tags, quantities and option words are short decimal numbers: read them in
+// place. Handles blanks, an optional sign and one to nine decimal digits
+// (which no 32-bit integer overflows); anything else is left to the general
+// reader, which gives the same result for these texts.
+bool readShortDecimal(QStringView text, int& value) noexcept
+{
+    const char16_t* p = text.utf16();
+    const char16_t* const end = p + text.size();
+    while (p != end && isBlank(*p))
+        ++p;
+    bool negative = false;
+    if (p != end && (*p == u'-' || *p == u'+')) {
+        negative = *p == u'-';
+        ++p;
+    }
+    if (p == end || end - p > 9)
+        return false;
+    int magnitude = 0;
+    for (; p != end; ++p) {
+        const unsigned digit = unsigned(*p) - u'0';
+        if (digit > 9)
+            return false;
+        magnitude = magnitude * 10 + int(digit);
+    }
+    value = negative ? -magnitude : magnitude;
+    return true;
+}
+
+// Powers of ten that long double holds exactly: 10^k = 2^k * 5^k, and 5^27 is
+// the last power of five within its 64-bit significand.
+constexpr int kMaxExactPower = 27;
+constexpr std::array<long double, kMaxExactPower + 1> kExactPowers = [] {
+    std::array<long double, kMaxExactPower + 1> powers {};
+    long double p = 1;
+    for (long double& slot : powers) {
+        slot = p;
+        p *= 10;
+    }
+    return powers;
+}();
+
+// Prices as messages carry them ("345.6", "340.000000", "1e3"): a decimal
+// with at most 19 significant digits is an exact 64-bit integer mantissa,
+// and with a scale of at most 27 places the power of ten is exact too; one
+// IEEE division (or multiplication) of two exact operands is correctly
+// rounded, so the result is the same long double the general reader gives.
+// Returns false, leaving `value` alone, for any other text: the general
+// reader then decides, rejections included.
+bool readShortDecimal(QStringView text, long double& value) noexcept
+{
+    const char16_t* p = text.utf16();
+    const char16_t* end = p + text.size();
+    while (p != end && isBlank(*p))
+        ++p;
+    while (end != p && isBlank(end[-1]))
+        --end;
+    bool negative = false;
+    if (p != end && (*p == u'-' || *p == u'+')) {
+        negative = *p == u'-';
+        ++p;
+    }
+    std::uint64_t mantissa = 0;
+    int significant = 0;
+    int digits = 0;
+    int scale = 0;
+    const auto takeDigits = [&](bool fraction) {
+        for (; p != end; ++p) {
+            const unsigned digit = unsigned(*p) - u'0';
+            if (digit > 9)
+                return;
+            ++digits;
+            if (fraction)
+                ++scale;
+            if (significant > 0 || digit != 0) {
+                ++significant;
+                mantissa = mantissa * 10 + digit;
+            }
+            if (significant > 19)
+                return;
+        }
+    };
+    takeDigits(false);
+    if (p != end && *p == u'.') {
+        ++p;
+        takeDigits(true);
+    }
+    if (digits == 0 || significant > 19)
+        return false;
+    if (p != end && (*p == u'e' || *p == u'E')) {
+        ++p;
+        bool negativeExponent = false;
+        if (p != end && (*p == u'-' || *p == u'+')) {
+            negativeExponent = *p == u'-';
+            ++p;
+        }
+        if (p == end || end - p > 4)
+            return false;
+        int exponent = 0;
+        for (; p != end; ++p) {
+            const unsigned digit = unsigned(*p) - u'0';
+            if (digit > 9)
+                return false;
+            exponent = exponent * 10 + int(digit);
+        }
+        scale -= negativeExponent ? -exponent : exponent;
+    }
+    if (p != end || scale > kMaxExactPower || scale < -kMaxExactPower)
+        return false;
+    long double magnitude = static_cast<long double>(mantissa);
+    if (scale > 0)
+        magnitude /= kExactPowers[static_cast<std::size_t>(scale)];
+    else if (scale < 0)
+        magnitude *= kExactPowers[static_cast<std::size_t>(-scale)];
+    value = negative ? -magnitude : magnitude;
+    return true;
+}
+
 } // namespace
 
 bool TryStrToInt(QStringView text, int& value) noexcept
 {
+    if (readShortDecimal(text, value))
+        return true;
     AsciiBuffer buf;
     if (!buf.assign(trimLeading(text)) || buf.size == 0)
         return false;
@@ -87,6 +207,8 @@ bool TryStrToInt(QStringView text, int& value) noexcept
 
 bool TryStrToFloat(QStringView text, long double& value) noexcept
 {
+    if (readShortDecimal(text, value))
+        return true;
     AsciiBuffer buf;
     if (!buf.assign(trimTrailing(trimLeading(text))) || buf.size == 0)
         return false;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -48,9 +49,17 @@ protected:
         channel() ? n->RegisterChannelizedCallback("Orders", std::move(cb), key)
                   : n->RegisterCallback(std::move(cb), key);
     }
-    void remove(int i)
+    // Subscribers that log nothing, each under a key of its own.
+    void addQuiet(int count)
     {
-        channel() ? n->RemoveChannelizedCallback("Orders", &keys[i]) : n->RemoveCallback(&keys[i]);
+        quietKeys.resize(std::size_t(count));
+        for (int& key : quietKeys)
+            add([](void*, void*) {}, &key);
+    }
+    void remove(int i) { removeKey(&keys[i]); }
+    void removeKey(void* key)
+    {
+        channel() ? n->RemoveChannelizedCallback("Orders", key) : n->RemoveCallback(key);
     }
     void clearAll() { channel() ? n->ClearAllChanelCallback() : n->ClearAllCallback(); }
     void fire(void* data = nullptr)
@@ -59,6 +68,8 @@ protected:
     }
     int count() const { return channel() ? n->channelCallbackCount("Orders") : n->callbackCount(); }
     bool flag() const { return channel() ? n->channelFiring() : n->firing(); }
+
+    std::vector<int> quietKeys;
 };
 INSTANTIATE_TEST_SUITE_P(ChangeNotifier, EachList, testing::Bool(),
     [](const testing::TestParamInfo<bool>& info) { return info.param ? "Channel" : "Plain"; });
@@ -111,6 +122,82 @@ TEST_P(EachList, RemovalDuringFireMarksAndTheWalkFreesLater)
         EXPECT_TRUE(alive[row.target].expired());
         EXPECT_EQ(count(), 2);
     }
+}
+
+// A key removed during a fire and registered again in the same fire: the new
+// subscription is called and kept, the removed one is not. Short lists and
+// long ones (which keep removed keys aside during a walk) alike.
+TEST_P(EachList, KeyRemovedAndRegisteredAgainInOneFireKeepsTheNewSubscription)
+{
+    for (const int quiet : { 0, 40 }) {
+        SCOPED_TRACE(testing::Message() << quiet << " quiet subscribers");
+        n = std::make_unique<TChangeNotifier>();
+        log.clear();
+        addQuiet(quiet);
+        add(0, [this] {
+            if (log != "A")
+                return;
+            remove(0);
+            add(logger(2), &keys[0]);
+        });
+        add(1);
+        fire();
+        EXPECT_EQ(log, "ABC");
+        log.clear();
+        fire();
+        EXPECT_EQ(log, "BC");
+        EXPECT_TRUE(alive[0].expired());
+        EXPECT_FALSE(alive[2].expired());
+        EXPECT_EQ(count(), quiet + 2);
+    }
+}
+
+// A fire from inside a callback sees the removals made before it.
+TEST_P(EachList, NestedFireSkipsSubscriptionsRemovedBeforeIt)
+{
+    for (const int quiet : { 0, 40 }) {
+        SCOPED_TRACE(testing::Message() << quiet << " quiet subscribers");
+        n = std::make_unique<TChangeNotifier>();
+        log.clear();
+        addQuiet(quiet);
+        add(0, [this] {
+            if (log != "A")
+                return;
+            remove(2);
+            fire();
+        });
+        add(1);
+        add(2);
+        fire();
+        EXPECT_EQ(log, "AABB");
+        EXPECT_TRUE(alive[2].expired());
+        EXPECT_EQ(count(), quiet + 2);
+    }
+}
+
+// Every screen watching a record closes on the same change.
+TEST_P(EachList, ManySubscribersRemovingThemselvesAreEachCalledOnceThenFreed)
+{
+    constexpr int kScreens = 50;
+    std::vector<int> calls(kScreens);
+    std::vector<std::weak_ptr<int>> screensAlive;
+    for (int& c : calls) {
+        auto sentinel = std::make_shared<int>(0);
+        screensAlive.push_back(sentinel);
+        add(
+            [this, sentinel](void*, void* custom) {
+                ++*static_cast<int*>(custom);
+                removeKey(custom);
+            },
+            &c);
+    }
+    fire();
+    EXPECT_EQ(count(), kScreens) << "marked, freed by the next fire";
+    fire();
+    EXPECT_EQ(calls, std::vector<int>(kScreens, 1));
+    EXPECT_EQ(count(), 0);
+    for (const auto& screen : screensAlive)
+        EXPECT_TRUE(screen.expired());
 }
 
 TEST_P(EachList, SubscriberRegisteredDuringFireIsCalledInTheSameWalk)

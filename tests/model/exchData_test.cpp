@@ -2,7 +2,10 @@
 // What blotters rely on in the exchange order and trade records.
 #include "qalpack/model/exchData.h"
 
+#include <cmath>
 #include <memory>
+#include <random>
+#include <vector>
 
 #include <QMetaProperty>
 #include <QSignalSpy>
@@ -11,6 +14,7 @@
 
 #include "qalpack/omslib/CodePage950.h"
 #include "qalpack/runtime/Exception.h"
+#include "qalpack/runtime/Format.h"
 #include "tests/support/QtPrinters.h"
 
 namespace qal {
@@ -542,6 +546,36 @@ TEST(Labels, InstructionAndClassificationTextsAreExact)
         EXPECT_EQ(label(), QString::fromLatin1(text));
     }
     EXPECT_EQ(exchDataLabels().size(), 41U);
+}
+
+// Prices are written with std::to_chars straight into the message: the text
+// must stay FixedText's, halfway cases (which go to the even digit) included.
+TEST(MessageWriting, PricesAreWrittenAsFixedTextWithSixDecimals)
+{
+    std::vector<double> values { 0.0, -0.0, 3.5, 345.6, 1e300, -1234.5678905, 0.0000005, 9.9999995 };
+    for (int k = -1000; k <= 1000; ++k)
+        values.push_back(k / 128.0); // seven decimals ending in 5: exact ties
+    std::mt19937_64 rng(950);
+    for (int i = 0; i < 20000; ++i)
+        values.push_back(std::ldexp(double(rng() >> 11), -int(rng() % 64)));
+    int mismatches = 0;
+    for (const double value : values) {
+        QString message;
+        DDSAddDouble(message, 3, value);
+        if (message != QStringLiteral("3|") + FixedText(value, 6) + u'|') {
+            ADD_FAILURE() << message.toStdString() << " for " << FixedText(value, 6).toStdString();
+            if (++mismatches == 10)
+                return;
+        }
+    }
+}
+
+TEST(MessageWriting, AValueTakenFromTheMessageItselfIsWrittenWhole)
+{
+    QString message = QStringLiteral("0|0700.HK|");
+    message.reserve(12); // so that the next field must grow the text
+    DDSAddString(message, 25, QStringView(message).mid(2, 7));
+    EXPECT_EQ(message, u"0|0700.HK|25|0700.HK|");
 }
 
 } // namespace

@@ -2,6 +2,12 @@
 // Lenient number parsing: what a message or a typed field reads as.
 #include "qalpack/runtime/Convert.h"
 
+#include <charconv>
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
 #include <QLocale>
 
 #include <gtest/gtest.h>
@@ -88,6 +94,82 @@ TEST(Convert, PricesKeepExtendedPrecision)
     ASSERT_TRUE(TryStrToFloat(u"12.34", value));
     EXPECT_EQ(value, 12.34L);
     EXPECT_NE(value, static_cast<long double>(12.34));
+}
+
+// Short decimals (prices, quantities) are read by a fast path; every text must
+// still give the general reader's value to the last bit, rounding included.
+TEST(Convert, ShortDecimalsReadExactlyAsTheGeneralReaderDoes)
+{
+    std::vector<std::string> texts {
+        "0",
+        "-0",
+        "0.000000",
+        "345.6",
+        "345.600000",
+        "340.2",
+        "0.1",
+        "0.3",
+        "2.675",
+        "1.",
+        "1.e5",
+        ".5e-3",
+        "9999999999999999999",
+        "18446744073709551615",
+        "12345678901234567890",
+        "0.0000000000000000000001",
+        "1e27",
+        "1e-27",
+        "1e28",
+        "1e-28",
+        "123456789012345678.9e-8",
+        "7E+0004",
+        "000000000000000000000012.5",
+    };
+    std::mt19937_64 rng(20240131);
+    for (int i = 0; i < 100000; ++i) {
+        std::string digits;
+        const std::size_t width = 1 + rng() % 21;
+        while (digits.size() < width)
+            digits += std::to_string(rng());
+        digits.resize(width);
+        const std::size_t point = rng() % (digits.size() + 1);
+        std::string text = (rng() % 2 ? "-" : "") + digits.substr(0, point) + "." + digits.substr(point);
+        if (rng() % 3 == 0)
+            text += "e" + std::to_string(int(rng() % 61) - 30);
+        texts.push_back(text);
+    }
+    int mismatches = 0;
+    for (const std::string& text : texts) {
+        long double expected = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), expected);
+        ASSERT_TRUE(error == std::errc() && end == text.data() + text.size()) << text;
+        long double value = 0;
+        const bool read = TryStrToFloat(QString::fromStdString(text), value);
+        if (!read || value != expected || std::signbit(value) != std::signbit(expected)) {
+            ADD_FAILURE() << text << " read as " << double(value);
+            if (++mismatches == 10)
+                return;
+        }
+    }
+}
+
+TEST(Convert, ShortIntegersReadExactlyAsTheGeneralReaderDoes)
+{
+    std::mt19937_64 rng(7);
+    for (int i = 0; i < 100000; ++i) {
+        const auto number = static_cast<long long>(rng() % 4294967296ULL) - 2147483648LL;
+        const int width = 1 + int(rng() % 11);
+        std::string text = std::to_string(number).substr(0, std::size_t(width));
+        long long expected = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), expected);
+        int value = 0;
+        const bool read = TryStrToInt(QString::fromStdString(text), value);
+        const bool valid = error == std::errc() && end == text.data() + text.size();
+        ASSERT_EQ(read, valid) << text;
+        if (valid) {
+            ASSERT_EQ(value, expected) << text;
+        }
+    }
 }
 
 } // namespace
