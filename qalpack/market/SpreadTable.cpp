@@ -94,6 +94,15 @@ const std::vector<TSpreadRow>& TSpreadTable::ladder() const noexcept
     return rows_.empty() || loadError_ ? stepOneLadder() : rows_;
 }
 
+bool TSpreadTable::onLadder(const TSpreadRow& band, double price) noexcept
+{
+    const double difference = band.UpperBound - price;
+    const double q = difference / band.Spread;
+    const double f = q - std::floor(q);
+    const double g = std::ceil(q) - q;
+    return f < kLadderTolerance || g < kLadderTolerance;
+}
+
 int TSpreadTable::bandIndex(const std::vector<TSpreadRow>& rows, double price) noexcept
 {
     const int count = static_cast<int>(rows.size());
@@ -131,28 +140,26 @@ double TSpreadTable::GetDownSpread(double price) const noexcept
 bool TSpreadTable::ValidatePrice(double price) const noexcept
 {
     const std::vector<TSpreadRow>& rows = ladder();
-    const TSpreadRow& band = rows[static_cast<std::size_t>(bandIndex(rows, price))];
-    const double difference = band.UpperBound - price;
-    const double q = difference / band.Spread;
-    const double f = q - std::floor(q);
-    const double g = std::ceil(q) - q;
-    return f < kLadderTolerance || g < kLadderTolerance;
+    return onLadder(rows[static_cast<std::size_t>(bandIndex(rows, price))], price);
 }
 
 double TSpreadTable::GetNextPrice(double price, int steps) const noexcept
 {
     const std::vector<TSpreadRow>& rows = ladder();
     // One ladder point per round; each round starts from the previous
-    // round's unrounded price.
+    // round's unrounded price. The band is found once per round; the moves
+    // are GetUpSpread's and GetDownSpread's.
     while (steps != 0) {
+        const auto i = static_cast<std::size_t>(bandIndex(rows, price));
+        const TSpreadRow& band = rows[i];
         long double down = 0;
         long double up = 0;
-        if (ValidatePrice(price)) {
-            down = GetDownSpread(price);
-            up = GetUpSpread(price);
+        if (onLadder(band, price)) {
+            down = band.Spread;
+            // Moving up from a band's top edge enters the next band.
+            up = price == band.UpperBound && i + 1 < rows.size() ? rows[i + 1].Spread : band.Spread;
         } else {
             // Between two ladder points: the first step goes to the neighbour.
-            const TSpreadRow& band = rows[static_cast<std::size_t>(bandIndex(rows, price))];
             const long double bound = band.UpperBound;
             const long double spread = band.Spread;
             const long double c = std::ceil((bound - price) / spread);

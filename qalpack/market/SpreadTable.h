@@ -121,6 +121,8 @@ private:
     // band when there are none or the text failed.
     [[nodiscard]] const std::vector<TSpreadRow>& ladder() const noexcept;
     [[nodiscard]] static int bandIndex(const std::vector<TSpreadRow>& rows, double price) noexcept;
+    // Whether `price` is within the tolerance of a ladder point of `band`.
+    [[nodiscard]] static bool onLadder(const TSpreadRow& band, double price) noexcept;
 
     std::vector<TSpreadRow> rows_;
     bool loadError_ = false;
