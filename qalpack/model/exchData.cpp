@@ -131,32 +131,6 @@ private:
     qsizetype ahead_;
 };
 
-// A message field's text. An update repeats most fields unchanged: an equal
-// non-empty text keeps the string it has instead of allocating a new one.
-void assignText(QString& field, QStringView value)
-{
-    if (!value.isEmpty() && field == value)
-        return;
-    field = value.toString();
-}
-
-// The tag of a message key: plain digits are read in place, anything else
-// as StrToIntDef reads it; -1 when the key is not a number.
-int tagOf(QStringView key)
-{
-    if (key.size() > 0 && key.size() <= 9) {
-        int tag = 0;
-        for (const QChar c : key) {
-            const unsigned digit = unsigned(c.unicode()) - u'0';
-            if (digit > 9)
-                return StrToIntDef(key, -1);
-            tag = tag * 10 + int(digit);
-        }
-        return tag;
-    }
-    return StrToIntDef(key, -1);
-}
-
 // Texts shared by orders and trades: the untranslated status words, and the
 // side labels.
 QString rawStatusText(int code)
@@ -231,12 +205,12 @@ const Label* stopLabel(int orderOption)
 // The contra side of a cross order or cross trade: account (110) and user (113).
 void updateContra(QStringView key, QStringView value, QString& account, QString& user)
 {
-    switch (tagOf(key)) {
+    switch (MessageTag(key)) {
     case 110:
-        assignText(account, value);
+        AssignMessageText(account, value);
         break;
     case 113:
-        assignText(user, value);
+        AssignMessageText(user, value);
         break;
     default:
         break;
@@ -329,6 +303,28 @@ void DDSAddDoubleIfSet(QString& s, int tag, long double value)
     MessageWriter(s).addDoubleIfSet(tag, value);
 }
 
+int MessageTag(QStringView key)
+{
+    if (key.size() > 0 && key.size() <= 9) {
+        int tag = 0;
+        for (const QChar c : key) {
+            const unsigned digit = unsigned(c.unicode()) - u'0';
+            if (digit > 9)
+                return StrToIntDef(key, -1);
+            tag = tag * 10 + int(digit);
+        }
+        return tag;
+    }
+    return StrToIntDef(key, -1);
+}
+
+void AssignMessageText(QString& field, QStringView value)
+{
+    if (!value.isEmpty() && field == value)
+        return;
+    field = value.toString();
+}
+
 int CompareSuffixalSymbol(const QString& a, const QString& b)
 {
     const qsizetype dotA = a.indexOf(u'.');
@@ -381,21 +377,21 @@ void TomsTrade::applyMessage(QStringView message)
 
 void TomsTrade::updateField(QStringView key, QStringView value)
 {
-    switch (tagOf(key)) {
+    switch (MessageTag(key)) {
     case 7:
-        assignText(Exch_No, value);
+        AssignMessageText(Exch_No, value);
         break;
     case 8:
-        assignText(Order_No, value);
+        AssignMessageText(Order_No, value);
         break;
     case 0:
-        assignText(Symbol, value);
+        AssignMessageText(Symbol, value);
         break;
     case 10:
-        assignText(Account, value);
+        AssignMessageText(Account, value);
         break;
     case 13:
-        assignText(User, value);
+        AssignMessageText(User, value);
         break;
     case 3:
         Fill_Price = StrToFloatDef(value);
@@ -416,7 +412,7 @@ void TomsTrade::updateField(QStringView key, QStringView value)
         ShortSell = StrToIntDef(value);
         break;
     case 45:
-        assignText(BrokerID, value);
+        AssignMessageText(BrokerID, value);
         break;
     case 43:
         TradeType = StrToIntDef(value);
@@ -428,22 +424,22 @@ void TomsTrade::updateField(QStringView key, QStringView value)
         Status = StrToIntDef(value);
         break;
     case 25:
-        assignText(Remark, value);
+        AssignMessageText(Remark, value);
         break;
     case 33:
-        assignText(EXE_Time, value);
+        AssignMessageText(EXE_Time, value);
         break;
     case 20:
-        assignText(Exch, value);
+        AssignMessageText(Exch, value);
         break;
     case 78:
-        assignText(Field78, value);
+        AssignMessageText(Field78, value);
         break;
     case 6:
-        assignText(OmsOrder_No, value);
+        AssignMessageText(OmsOrder_No, value);
         break;
     case 418:
-        assignText(Runner, value);
+        AssignMessageText(Runner, value);
         break;
     default:
         break;
@@ -639,24 +635,24 @@ void TexchOrder::applyMessage(QStringView message)
 
 void TexchOrder::updateField(QStringView key, QStringView value)
 {
-    switch (tagOf(key)) {
+    switch (MessageTag(key)) {
     case 6:
-        assignText(OmsOrder_No, value);
+        AssignMessageText(OmsOrder_No, value);
         break;
     case 7:
-        assignText(Order_No, value);
+        AssignMessageText(Order_No, value);
         break;
     case 15:
-        assignText(ref_no, value);
+        AssignMessageText(ref_no, value);
         break;
     case 0:
-        assignText(Symbol, value);
+        AssignMessageText(Symbol, value);
         break;
     case 10:
-        assignText(Account, value);
+        AssignMessageText(Account, value);
         break;
     case 13:
-        assignText(User, value);
+        AssignMessageText(User, value);
         break;
     case 3:
         Price = StrToFloatDef(value);
@@ -695,10 +691,10 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         ShortSell = StrToIntDef(value);
         break;
     case 45:
-        assignText(CounterParty, value);
+        AssignMessageText(CounterParty, value);
         break;
     case 25:
-        assignText(Remark, value);
+        AssignMessageText(Remark, value);
         break;
     case 34:
         Fill_Qty = StrToIntDef(value);
@@ -710,10 +706,10 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Field48 = StrToIntDef(value);
         break;
     case 33:
-        assignText(Order_Time, value);
+        AssignMessageText(Order_Time, value);
         break;
     case 501:
-        assignText(Order_Time501, value);
+        AssignMessageText(Order_Time501, value);
         break;
     case 41:
         StopPrice = StrToFloatDef(value);
@@ -749,10 +745,10 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Field464 = StrToIntDef(value);
         break;
     case 20:
-        assignText(Exch, value);
+        AssignMessageText(Exch, value);
         break;
     case 78:
-        assignText(BrokerID, value);
+        AssignMessageText(BrokerID, value);
         break;
     case 43:
         Field43 = StrToIntDef(value);
@@ -761,22 +757,22 @@ void TexchOrder::updateField(QStringView key, QStringView value)
         Field44 = StrToIntDef(value);
         break;
     case 74:
-        assignText(User_Ref, value);
+        AssignMessageText(User_Ref, value);
         break;
     case 418:
-        assignText(Runner, value);
+        AssignMessageText(Runner, value);
         break;
     case 2020:
-        assignText(riskCtrlLevel, value);
+        AssignMessageText(riskCtrlLevel, value);
         break;
     case 1119:
-        assignText(Last_MOD_Time, value);
+        AssignMessageText(Last_MOD_Time, value);
         break;
     case 487:
         Attributes.SetCommaText(value.toString());
         break;
     case 191:
-        assignText(Field191, value);
+        AssignMessageText(Field191, value);
         break;
     default:
         break;
@@ -1090,9 +1086,9 @@ amsManualTrade::~amsManualTrade() = default;
 void amsManualTrade::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    switch (tagOf(key)) {
+    switch (MessageTag(key)) {
     case 8:
-        assignText(Trade_No, value);
+        AssignMessageText(Trade_No, value);
         break;
     case 43:
         TradeType = StrToIntDef(value);
@@ -1143,8 +1139,8 @@ amsOrderHistory::~amsOrderHistory() = default;
 void amsOrderHistory::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    if (tagOf(key) == 9)
-        assignText(Action, value);
+    if (MessageTag(key) == 9)
+        AssignMessageText(Action, value);
 }
 
 QString amsOrderHistory::DDSImageMessage() const
@@ -1211,8 +1207,8 @@ amsCTFTrade::~amsCTFTrade() = default;
 void amsCTFTrade::updateField(QStringView key, QStringView value)
 {
     TomsTrade::updateField(key, value);
-    if (tagOf(key) == 76)
-        assignText(CTFBroker, value);
+    if (MessageTag(key) == 76)
+        AssignMessageText(CTFBroker, value);
 }
 
 QString amsCTFTrade::DDSImageMessage() const

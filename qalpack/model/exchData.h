@@ -101,6 +101,14 @@ QALPACK_EXPORT void DDSAddStringIfSet(QString& s, int tag, QStringView value);
 QALPACK_EXPORT void DDSAddIntegerIfSet(QString& s, int tag, int value);
 QALPACK_EXPORT void DDSAddDoubleIfSet(QString& s, int tag, long double value);
 
+// For a record's updateField: the tag a message key names (plain digits are
+// read in place, anything else as StrToIntDef reads it), -1 when the key is
+// not a number.
+[[nodiscard]] QALPACK_EXPORT int MessageTag(QStringView key);
+// Stores a message field's text. An update repeats most fields unchanged: an
+// equal non-empty text keeps the string the field has instead of allocating.
+QALPACK_EXPORT void AssignMessageText(QString& field, QStringView value);
+
 // Orders symbol lists with the market suffix (the text after the first ".")
 // as the major key and the stem as the minor key; a symbol without a suffix
 // sorts before any symbol with one. Both keys compare locale-aware and

@@ -10,32 +10,6 @@
 namespace qal {
 namespace {
 
-// A message field's text. An update repeats most fields unchanged: an equal
-// non-empty text keeps the string it has instead of allocating a new one.
-void assignText(QString& field, QStringView value)
-{
-    if (!value.isEmpty() && field == value)
-        return;
-    field = value.toString();
-}
-
-// The tag of a message key: plain digits are read in place, anything else
-// as StrToIntDef reads it; -1 when the key is not a number.
-int tagOf(QStringView key)
-{
-    if (key.size() > 0 && key.size() <= 9) {
-        int tag = 0;
-        for (const QChar c : key) {
-            const unsigned digit = unsigned(c.unicode()) - u'0';
-            if (digit > 9)
-                return StrToIntDef(key, -1);
-            tag = tag * 10 + int(digit);
-        }
-        return tag;
-    }
-    return StrToIntDef(key, -1);
-}
-
 // The GTC attribute is cut up by position the way the OMS servers write it:
 // positions count from 1, 0 means "not there", and a piece with a negative or
 // zero length is empty.
@@ -122,30 +96,30 @@ void TomsOrder::updateField(QStringView key, QStringView value)
 {
     // The exchange order's tags and this order's own are disjoint: this
     // order's are stored here, only the others go on to TexchOrder.
-    switch (tagOf(key)) {
+    switch (MessageTag(key)) {
     case 455:
-        assignText(BASKET_ID, value);
+        AssignMessageText(BASKET_ID, value);
         break;
     case 456:
-        assignText(WAVE_ID, value);
+        AssignMessageText(WAVE_ID, value);
         break;
     case 460:
-        assignText(Approval_ID, value);
+        AssignMessageText(Approval_ID, value);
         break;
     case 462:
-        assignText(Reject_ID, value);
+        AssignMessageText(Reject_ID, value);
         break;
     case 486:
-        assignText(SysRefValue, value);
+        AssignMessageText(SysRefValue, value);
         break;
     case 458:
-        assignText(APPROVAL_LIMIT, value);
+        AssignMessageText(APPROVAL_LIMIT, value);
         break;
     case 400:
-        assignText(Order_Source, value);
+        AssignMessageText(Order_Source, value);
         break;
     case 188:
-        assignText(AppReason, value);
+        AssignMessageText(AppReason, value);
         break;
     case 503:
         Held = StrToFloatDef(value);
@@ -154,61 +128,61 @@ void TomsOrder::updateField(QStringView key, QStringView value)
         ReqStatus = StrToIntDef(value);
         break;
     case 1113:
-        assignText(LastTrdNum, value);
+        AssignMessageText(LastTrdNum, value);
         break;
     case 530:
-        assignText(reqNum, value);
+        AssignMessageText(reqNum, value);
         break;
     case 1304:
         GTCDetails.SetCommaText(value.toString());
         break;
     case 495:
-        assignText(GTCDate, value);
+        AssignMessageText(GTCDate, value);
         break;
     case 440:
-        assignText(AlgoCommand, value);
+        AssignMessageText(AlgoCommand, value);
         break;
     case 187:
-        assignText(Field187, value);
+        AssignMessageText(Field187, value);
         break;
     case 402:
-        assignText(Field402, value);
+        AssignMessageText(Field402, value);
         break;
     case 403:
-        assignText(Field403, value);
+        AssignMessageText(Field403, value);
         break;
     case 404:
-        assignText(Field404, value);
+        AssignMessageText(Field404, value);
         break;
     case 405:
-        assignText(Field405, value);
+        AssignMessageText(Field405, value);
         break;
     case 407:
-        assignText(Field407, value);
+        AssignMessageText(Field407, value);
         break;
     case 421:
-        assignText(Field421, value);
+        AssignMessageText(Field421, value);
         break;
     case 422:
-        assignText(Field422, value);
+        AssignMessageText(Field422, value);
         break;
     case 423:
-        assignText(Field423, value);
+        AssignMessageText(Field423, value);
         break;
     case 457:
-        assignText(Field457, value);
+        AssignMessageText(Field457, value);
         break;
     case 463:
-        assignText(Field463, value);
+        AssignMessageText(Field463, value);
         break;
     case 485:
-        assignText(Field485, value);
+        AssignMessageText(Field485, value);
         break;
     case 488:
-        assignText(Field488, value);
+        AssignMessageText(Field488, value);
         break;
     case 1000:
-        assignText(Field1000, value);
+        AssignMessageText(Field1000, value);
         break;
     case 401:
         Field401 = StrToIntDef(value);
