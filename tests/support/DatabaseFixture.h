@@ -5,6 +5,8 @@
 // there (tests run in parallel), or in a fresh SQLite file.
 #pragma once
 
+#include <ostream>
+
 #include <atomic>
 #include <cstdlib>
 #include <memory>
@@ -25,6 +27,12 @@
 namespace qal::test {
 
 enum class Driver { Sqlite, Postgres };
+
+// Names the driver in test listings instead of its bytes.
+inline void PrintTo(Driver driver, std::ostream* os)
+{
+    *os << (driver == Driver::Sqlite ? "SQLite" : "PostgreSQL");
+}
 
 inline std::string driverName(const testing::TestParamInfo<Driver>& info)
 {
