@@ -637,3 +637,20 @@ INSTANTIATE_TEST_SUITE_P(
     Drivers, OrderDBTest, testing::Values(Driver::Sqlite, Driver::Postgres), qal::test::driverName);
 
 } // namespace
+
+namespace qal {
+namespace {
+
+// Regression: a save must not leave the order database locked for the other
+// connections of the desk (the embedded database locks the whole file).
+TEST_P(OrderDBTest, SaveLeavesTheDatabaseFreeForOtherConnections)
+{
+    auto order = newOrder();
+    orderSaveOrder(*order);
+    ASSERT_EQ(order->ErrorCode, 0) << order->Message.toStdString();
+    const auto other = database();
+    EXPECT_NO_THROW(other->Execute(QStringLiteral("delete from OMSTrade_File")));
+}
+
+} // namespace
+} // namespace qal
