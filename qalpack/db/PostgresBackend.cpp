@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/db/PostgresBackend.h"
 
+#include <deque>
+#include <optional>
 #include <vector>
 
 #include <libpq-fe.h>
@@ -64,53 +66,63 @@ TFieldType typeFromOid(Oid oid)
     }
 }
 
+class PostgresConnection;
+
+// The rows of one statement as the server sends them, one result per row
+// (libpq's single-row mode): the desk starts reading while the server is
+// still producing, and no whole result is held in memory. While the cursor
+// streams, the connection is busy; before the connection runs anything else
+// it has the cursor take in the rest of its rows (settle()).
 class PostgresCursor final : public backend::Cursor
 {
 public:
-    explicit PostgresCursor(Result result)
-        : result_(std::move(result))
-        , rows_(PQntuples(result_.get()))
-    {
-        const int columns = PQnfields(result_.get());
-        types_.reserve(std::size_t(columns));
-        for (int column = 0; column < columns; ++column)
-            types_.push_back(typeFromOid(PQftype(result_.get(), column)));
-    }
+    PostgresCursor(
+        PostgresConnection& connection, QByteArray sql, std::vector<std::optional<QByteArray>> params);
+    ~PostgresCursor() override;
+    PostgresCursor(const PostgresCursor&) = delete;
+    PostgresCursor& operator=(const PostgresCursor&) = delete;
 
-    bool next() override
-    {
-        if (row_ < rows_)
-            ++row_;
-        return row_ < rows_;
-    }
-
-    void rewind() override { row_ = -1; }
-
+    bool next() override;
+    void rewind() override;
     int columnCount() const override { return int(types_.size()); }
-
-    QString columnName(int column) const override
-    {
-        return QString::fromUtf8(PQfname(result_.get(), column));
-    }
-
+    QString columnName(int column) const override { return names_[std::size_t(column)]; }
     TFieldType columnType(int column) const override { return types_[std::size_t(column)]; }
 
     RawValue value(int column) const override
     {
         RawValue value;
-        if (row_ < 0 || row_ >= rows_ || PQgetisnull(result_.get(), row_, column))
+        const PGresult* row = row_.get();
+        if (!row || PQgetisnull(row, 0, column))
             return value;
         value.kind = RawValue::Kind::Text;
-        value.text = PQgetvalue(result_.get(), row_, column);
-        value.size = PQgetlength(result_.get(), row_, column);
+        value.text = PQgetvalue(row, 0, column);
+        value.size = PQgetlength(row, 0, column);
         return value;
     }
 
+    // Takes in every row the server has still to send, so that the
+    // connection is free for another statement.
+    void settle();
+
 private:
-    Result result_;
+    void start();
+    // The next row from the server, or null once the statement is done.
+    Result receive();
+    void describe(const PGresult* result);
+
+    PostgresConnection& connection_;
+    QByteArray sql_;
+    std::vector<std::optional<QByteArray>> params_;
+    std::vector<QString> names_;
     std::vector<TFieldType> types_;
-    int rows_;
-    int row_ = -1;
+    Result row_ { nullptr, &PQclear };
+    // The first row, read when the statement starts, and rows taken in by
+    // settle(); handed out before any more are received.
+    std::deque<Result> waiting_;
+    // A failure the server reported while the cursor settled: raised once
+    // the rows before it have been read.
+    std::optional<DatabaseError> failure_;
+    bool streaming_ = false;
 };
 
 // A plain SQL identifier, which is all a procedure or argument name may be:
@@ -155,7 +167,11 @@ public:
         : connection_(connection)
         , database_(database)
     { }
-    ~PostgresConnection() override { PQfinish(connection_); }
+    ~PostgresConnection() override
+    {
+        settle();
+        PQfinish(connection_);
+    }
     PostgresConnection(const PostgresConnection&) = delete;
     PostgresConnection& operator=(const PostgresConnection&) = delete;
 
@@ -164,7 +180,7 @@ public:
     std::unique_ptr<backend::Cursor> openCursor(
         const QString& sql, std::span<const backend::Value> params) override
     {
-        return std::make_unique<PostgresCursor>(run(sql, params, QStringLiteral("query failed")));
+        return std::make_unique<PostgresCursor>(*this, sql.toUtf8(), paramTexts(params));
     }
 
     qint64 execute(const QString& sql, std::span<const backend::Value> params) override
@@ -232,44 +248,65 @@ public:
         }
     }
 
-    bool inTransaction() const override { return PQtransactionStatus(connection_) != PQTRANS_IDLE; }
-
-private:
-    // Runs `sql`; without parameters through the simple protocol, which takes
-    // several statements at once. Throws DatabaseError prefixed by `what`.
-    Result run(
-        const QString& sql, std::span<const backend::Value> params, const QString& what, bool showSql = true)
+    bool inTransaction() const override
     {
-        const QByteArray text = sql.toUtf8();
-        Result result(nullptr, &PQclear);
-        if (params.empty()) {
-            result.reset(PQexec(connection_, text.constData()));
-        } else {
-            std::vector<QByteArray> texts;
-            std::vector<const char*> values;
-            texts.reserve(params.size());
-            values.reserve(params.size());
-            for (const backend::Value& value : params) {
-                if (std::holds_alternative<std::monostate>(value)) {
-                    values.push_back(nullptr);
-                    continue;
-                }
-                texts.push_back(backend::valueText(value));
-                values.push_back(texts.back().constData());
-            }
-            result.reset(PQexecParams(connection_, text.constData(), int(params.size()), nullptr,
-                values.data(), nullptr, nullptr, 0));
-        }
-        const ExecStatusType status = result ? PQresultStatus(result.get()) : PGRES_FATAL_ERROR;
-        if (status == PGRES_TUPLES_OK || status == PGRES_COMMAND_OK)
-            return result;
+        // While rows stream the server reports the connection as busy; a
+        // query does not change whether a transaction is open.
+        if (stream_)
+            return statusBeforeStream_ != PQTRANS_IDLE;
+        return PQtransactionStatus(connection_) != PQTRANS_IDLE;
+    }
 
+    // Sends one statement for `cursor` to read row by row.
+    void startStream(
+        PostgresCursor& cursor, const QByteArray& sql, const std::vector<std::optional<QByteArray>>& params)
+    {
+        settle();
+        std::vector<const char*> values;
+        values.reserve(params.size());
+        for (const std::optional<QByteArray>& param : params)
+            values.push_back(param ? param->constData() : nullptr);
+        statusBeforeStream_ = PQtransactionStatus(connection_);
+        if (!PQsendQueryParams(
+                connection_, sql.constData(), int(values.size()), nullptr, values.data(), nullptr, nullptr, 0)
+            || !PQsetSingleRowMode(connection_)) {
+            drain();
+            fail(nullptr, PGRES_FATAL_ERROR, QStringLiteral("query failed"), sql);
+        }
+        stream_ = &cursor;
+    }
+
+    // The next result of the statement `cursor` streams; null when it is done.
+    Result receive(const PostgresCursor& cursor)
+    {
+        if (stream_ != &cursor)
+            return { nullptr, &PQclear };
+        Result result(PQgetResult(connection_), &PQclear);
+        if (!result)
+            stream_ = nullptr;
+        return result;
+    }
+
+    // Reads what is left of the statement `cursor` streams and drops it.
+    void endStream(const PostgresCursor& cursor)
+    {
+        if (stream_ == &cursor) {
+            stream_ = nullptr;
+            drain();
+        }
+    }
+
+    // Raises the failure of `result` (or the connection's, without one) as a
+    // DatabaseError prefixed by `what`.
+    [[noreturn]] void fail(const PGresult* result, ExecStatusType status, const QString& what,
+        QAnyStringView sql, bool showSql = true) const
+    {
         QString why;
         QString state;
         if (result) {
-            if (const char* primary = PQresultErrorField(result.get(), PG_DIAG_MESSAGE_PRIMARY))
+            if (const char* primary = PQresultErrorField(result, PG_DIAG_MESSAGE_PRIMARY))
                 why = oneLine(primary);
-            if (const char* code = PQresultErrorField(result.get(), PG_DIAG_SQLSTATE))
+            if (const char* code = PQresultErrorField(result, PG_DIAG_SQLSTATE))
                 state = QString::fromLatin1(code);
         }
         if (why.isEmpty())
@@ -282,13 +319,167 @@ private:
         if (!state.isEmpty())
             message += QStringLiteral(" (SQLSTATE %1)").arg(state);
         if (showSql)
-            message += QStringLiteral(" [%1]").arg(snippet(sql));
+            message += QStringLiteral(" [%1]").arg(snippet(sql.toString()));
         throw DatabaseError(database_, message);
+    }
+
+private:
+    // Frees the connection of a cursor still streaming: its rows are taken
+    // into the cursor.
+    void settle()
+    {
+        if (stream_)
+            stream_->settle();
+    }
+
+    void drain()
+    {
+        while (PGresult* result = PQgetResult(connection_))
+            PQclear(result);
+    }
+
+    static std::vector<std::optional<QByteArray>> paramTexts(std::span<const backend::Value> params)
+    {
+        std::vector<std::optional<QByteArray>> texts;
+        texts.reserve(params.size());
+        for (const backend::Value& value : params) {
+            if (std::holds_alternative<std::monostate>(value))
+                texts.emplace_back();
+            else
+                texts.emplace_back(backend::valueText(value));
+        }
+        return texts;
+    }
+
+    // Runs `sql` to its end; without parameters through the simple protocol,
+    // which takes several statements at once. Throws DatabaseError prefixed
+    // by `what`.
+    Result run(
+        const QString& sql, std::span<const backend::Value> params, const QString& what, bool showSql = true)
+    {
+        settle();
+        const QByteArray text = sql.toUtf8();
+        Result result(nullptr, &PQclear);
+        if (params.empty()) {
+            result.reset(PQexec(connection_, text.constData()));
+        } else {
+            const std::vector<std::optional<QByteArray>> texts = paramTexts(params);
+            std::vector<const char*> values;
+            values.reserve(texts.size());
+            for (const std::optional<QByteArray>& param : texts)
+                values.push_back(param ? param->constData() : nullptr);
+            result.reset(PQexecParams(connection_, text.constData(), int(values.size()), nullptr,
+                values.data(), nullptr, nullptr, 0));
+        }
+        const ExecStatusType status = result ? PQresultStatus(result.get()) : PGRES_FATAL_ERROR;
+        if (status == PGRES_TUPLES_OK || status == PGRES_COMMAND_OK)
+            return result;
+        fail(result.get(), status, what, sql, showSql);
     }
 
     PGconn* connection_;
     QString database_;
+    PostgresCursor* stream_ = nullptr;
+    PGTransactionStatusType statusBeforeStream_ = PQTRANS_IDLE;
 };
+
+PostgresCursor::PostgresCursor(
+    PostgresConnection& connection, QByteArray sql, std::vector<std::optional<QByteArray>> params)
+    : connection_(connection)
+    , sql_(std::move(sql))
+    , params_(std::move(params))
+{
+    start();
+}
+
+PostgresCursor::~PostgresCursor()
+{
+    // A cursor closed before its last row leaves the rest to be read and
+    // dropped; one that is done no longer touches the connection, which its
+    // database closes after its queries.
+    if (streaming_)
+        connection_.endStream(*this);
+}
+
+void PostgresCursor::start()
+{
+    connection_.startStream(*this, sql_, params_);
+    streaming_ = true;
+    // The first result tells the columns, or the failure: a statement that
+    // fails does so when it opens.
+    if (Result first = receive())
+        waiting_.push_back(std::move(first));
+}
+
+Result PostgresCursor::receive()
+{
+    while (streaming_) {
+        Result result = connection_.receive(*this);
+        if (!result) {
+            streaming_ = false;
+            break;
+        }
+        const ExecStatusType status = PQresultStatus(result.get());
+        if (names_.empty() && types_.empty())
+            describe(result.get());
+        if (status == PGRES_SINGLE_TUPLE)
+            return result;
+        if (status == PGRES_TUPLES_OK || status == PGRES_COMMAND_OK)
+            continue;
+        streaming_ = false;
+        connection_.endStream(*this);
+        connection_.fail(result.get(), status, QStringLiteral("query failed"), sql_);
+    }
+    return { nullptr, &PQclear };
+}
+
+void PostgresCursor::describe(const PGresult* result)
+{
+    const int columns = PQnfields(result);
+    names_.reserve(std::size_t(columns));
+    types_.reserve(std::size_t(columns));
+    for (int column = 0; column < columns; ++column) {
+        names_.push_back(QString::fromUtf8(PQfname(result, column)));
+        types_.push_back(typeFromOid(PQftype(result, column)));
+    }
+}
+
+bool PostgresCursor::next()
+{
+    if (!waiting_.empty()) {
+        row_ = std::move(waiting_.front());
+        waiting_.pop_front();
+        return true;
+    }
+    if (failure_) {
+        row_.reset();
+        const DatabaseError failure = std::move(*failure_);
+        failure_.reset();
+        throw failure;
+    }
+    row_ = receive();
+    return row_ != nullptr;
+}
+
+void PostgresCursor::rewind()
+{
+    connection_.endStream(*this);
+    streaming_ = false;
+    row_.reset();
+    waiting_.clear();
+    failure_.reset();
+    start();
+}
+
+void PostgresCursor::settle()
+{
+    try {
+        while (Result result = receive())
+            waiting_.push_back(std::move(result));
+    } catch (const DatabaseError& error) {
+        failure_ = error;
+    }
+}
 
 bool isNamed(const QString& name, QStringView expected)
 {

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
-// The server database driver over libpq. A query fetches its whole result in
-// one round trip (PQexecParams, text format) and the cursor walks it in
-// memory: one allocation per result rather than per row, which is what keeps
-// a 100k-row blotter load close to the raw driver's rate, at the cost of
-// holding the result until the query closes. Parameters travel separately
-// from the SQL text, untyped, so the server infers their types.
+// The server database driver over libpq. A query's rows stream one at a time
+// (libpq's single-row mode, text format): the desk reads the first rows while
+// the server still sends the rest, and a 100k-row blotter load never holds
+// the whole result. While a query streams, its connection is busy; any other
+// statement on the connection first takes the query's remaining rows into
+// memory, so open queries and other work mix freely. Parameters travel
+// separately from the SQL text, untyped, so the server infers their types.
 #pragma once
 
 #include <memory>

@@ -10,6 +10,7 @@
 
 #include "qalpack/db/Database.h"
 #include "qalpack/db/DatabaseError.h"
+#include "qalpack/db/RepeatedText.h"
 #include "qalpack/db/Session.h"
 
 namespace qal {
@@ -282,7 +283,17 @@ QString TField::AsString() const
         if (const auto stamp = stampOf(value))
             return backend::stampText(*stamp, class_);
     }
+    if (repeated_ && value.kind == Kind::Text)
+        return repeated_->text(value.text, value.size);
     return rawText(value);
+}
+
+void TField::SetShareRepeatedText(bool share)
+{
+    if (!share)
+        repeated_.reset();
+    else if (!repeated_)
+        repeated_ = std::make_unique<backend::RepeatedText>();
 }
 
 qint64 TField::AsLargeInt() const

@@ -22,6 +22,10 @@
 
 namespace qal {
 
+namespace backend {
+class RepeatedText;
+}
+
 class TDatabase;
 class TQuery;
 
@@ -78,6 +82,14 @@ public:
     // everything else as AsString; "" for null.
     [[nodiscard]] QString DisplayText() const;
 
+    // Text values that repeat down the column (an account, a dealer, an
+    // exchange, a status) come back from AsString as one shared string
+    // instead of a new copy per row: less work and less memory over a large
+    // result. A column whose values turn out not to repeat stops trying after
+    // a few hundred rows. Off by default.
+    void SetShareRepeatedText(bool share);
+    [[nodiscard]] bool ShareRepeatedText() const { return repeated_ != nullptr; }
+
 private:
     friend class TQuery;
     TField(const TQuery& query, const backend::Cursor& cursor, int index);
@@ -93,6 +105,7 @@ private:
     backend::ValueClass class_;
     int index_;
     quint32 hash_;
+    std::unique_ptr<backend::RepeatedText> repeated_;
 };
 
 // A parameter of a query or a stored procedure. A parameter nobody has set

@@ -203,6 +203,8 @@ public:
                 continue;
             if (column.kind == Column<Record>::Time)
                 field->SetDisplayFormat(timeFormat());
+            else if (column.kind == Column<Record>::Text || column.kind == Column<Record>::Custom)
+                field->SetShareRepeatedText(true);
             bound_.push_back({ field, &column });
         }
     }

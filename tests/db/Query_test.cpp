@@ -354,6 +354,131 @@ TEST_P(QueryTest, ServerErrorsNameTheDatabase)
     EXPECT_FALSE(query.Active());
 }
 
+// Large results stream row by row: the connection keeps serving the desk's
+// other statements meanwhile, and a query closed early leaves it usable.
+class StreamingQueryTest : public QueryTest
+{
+protected:
+    static constexpr int kRows = 1000;
+
+    void SetUp() override
+    {
+        QueryTest::SetUp();
+        if (IsSkipped() || HasFatalFailure())
+            return;
+        exec("create table numbers (n integer primary key)");
+        exec(QStringLiteral("insert into numbers (n) with recursive s(n) as "
+                            "(select 1 union all select n + 1 from s where n < %1) select n from s")
+                 .arg(kRows));
+    }
+
+    void open(TQuery& query, const QString& sql)
+    {
+        query.SetDatabaseName("TESTDBDB");
+        query.SQL().Add(sql);
+        query.Open();
+    }
+
+    int count(const QString& sql)
+    {
+        TQuery query;
+        open(query, sql);
+        return query.Fields(0).AsInteger();
+    }
+};
+
+TEST_P(StreamingQueryTest, AnOpenQueryKeepsItsRowsWhileOtherStatementsRun)
+{
+    TQuery walk;
+    open(walk, "select n from numbers order by n");
+    int expected = 1;
+    for (; expected <= 10; walk.Next(), ++expected)
+        ASSERT_EQ(walk.Fields(0).AsInteger(), expected);
+
+    TQuery update;
+    update.SetDatabaseName("TESTDBDB");
+    update.SQL().Add("update trades set Note = 'seen' where Order_No = 'O1'");
+    update.ExecSQL();
+    EXPECT_EQ(update.RowsAffected(), 1);
+    EXPECT_EQ(count("select count(*) from numbers"), kRows);
+
+    TQuery leftEarly;
+    open(leftEarly, "select n from numbers");
+    leftEarly.Close();
+    EXPECT_EQ(count("select count(*) from trades where Note = 'seen'"), 1);
+
+    // A query opened inside a transaction: the transaction stays open while
+    // its rows stream, and ends with the commit.
+    db_->StartTransaction();
+    TQuery inTransaction;
+    open(inTransaction, "select n from numbers order by n");
+    EXPECT_TRUE(db_->InTransaction());
+    db_->Commit();
+    EXPECT_FALSE(db_->InTransaction());
+
+    for (; !walk.Eof(); walk.Next(), ++expected)
+        ASSERT_EQ(walk.Fields(0).AsInteger(), expected);
+    EXPECT_EQ(expected, kRows + 1);
+    int inTransactionRows = 0;
+    for (; !inTransaction.Eof(); inTransaction.Next())
+        ++inTransactionRows;
+    EXPECT_EQ(inTransactionRows, kRows);
+
+    walk.First();
+    ASSERT_FALSE(walk.Eof());
+    EXPECT_EQ(walk.Fields(0).AsInteger(), 1);
+}
+
+TEST_P(StreamingQueryTest, AFailurePastTheFirstRowsIsRaisedWhereItIsReached)
+{
+    // Row 500 overflows a 64-bit integer; the rows before it arrive first.
+    const QString failing = QStringLiteral(
+        "select case when n = 500 then abs(n - 500 - 9223372036854775807 - 1) else n end from numbers");
+    for (const bool otherStatementFirst : { false, true }) {
+        SCOPED_TRACE(otherStatementFirst ? "another statement ran meanwhile" : "read straight through");
+        TQuery query;
+        open(query, failing);
+        if (otherStatementFirst)
+            EXPECT_EQ(count("select count(*) from trades"), 3);
+        int read = 0;
+        try {
+            for (; !query.Eof(); query.Next())
+                ++read;
+            FAIL() << "the overflow must raise";
+        } catch (const DatabaseError& error) {
+            EXPECT_EQ(error.Database(), "TESTDBDB");
+        }
+        EXPECT_EQ(read, 499);
+        query.Close();
+        EXPECT_EQ(count("select count(*) from numbers"), kRows);
+    }
+}
+
+TEST_P(StreamingQueryTest, SharedRepeatedTextReadsAsUnshared)
+{
+    exec("create table desk (Dealer varchar(20), Account varchar(20))");
+    exec("insert into desk select 'D' || (n % 3), 'A' || n from numbers");
+    exec("insert into desk values (null, ''), ('é³', 'X')");
+    TQuery shared;
+    TQuery plain;
+    for (TQuery* query : { &shared, &plain })
+        open(*query, "select * from desk");
+    for (int i = 0; i < shared.FieldCount(); ++i)
+        shared.Fields(i).SetShareRepeatedText(true);
+    int rows = 0;
+    for (; !shared.Eof() && !plain.Eof(); shared.Next(), plain.Next(), ++rows) {
+        for (int i = 0; i < shared.FieldCount(); ++i) {
+            ASSERT_EQ(shared.Fields(i).AsString(), plain.Fields(i).AsString()) << "row " << rows;
+            ASSERT_EQ(shared.Fields(i).IsNull(), plain.Fields(i).IsNull()) << "row " << rows;
+        }
+    }
+    EXPECT_EQ(rows, kRows + 2);
+    EXPECT_TRUE(shared.Eof() && plain.Eof());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Drivers, StreamingQueryTest, testing::Values(Driver::Sqlite, Driver::Postgres), qal::test::driverName);
+
 INSTANTIATE_TEST_SUITE_P(
     Drivers, QueryTest, testing::Values(Driver::Sqlite, Driver::Postgres), qal::test::driverName);
 
