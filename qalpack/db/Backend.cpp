@@ -469,8 +469,39 @@ QDateTime toDateTime(const Stamp& stamp)
     return QDateTime(date, time, Qt::LocalTime);
 }
 
+namespace {
+
+// "hh:nn:ss", the time of day every blotter row shows: written straight
+// into a string of its final size, which is most of a reload's date work.
+bool isClockFormat(QStringView format)
+{
+    return format.size() == 8
+        && (format.compare(u"hh:nn:ss", Qt::CaseInsensitive) == 0
+            || format.compare(u"hh:mm:ss", Qt::CaseInsensitive) == 0);
+}
+
+QString clockText(const Stamp& stamp)
+{
+    QString out(8, Qt::Uninitialized);
+    QChar* at = out.data();
+    const auto two = [&at](int value) {
+        *at++ = QChar(u'0' + value / 10 % 10);
+        *at++ = QChar(u'0' + value % 10);
+    };
+    two(stamp.hour);
+    *at++ = u':';
+    two(stamp.minute);
+    *at++ = u':';
+    two(stamp.second);
+    return out;
+}
+
+} // namespace
+
 QString formatStamp(QStringView format, const Stamp& stamp)
 {
+    if (isClockFormat(format) && stamp.hour >= 0 && stamp.hour < 100)
+        return clockText(stamp);
     QString out;
     out.reserve(format.size() + 8);
     const bool halfDay = hasHalfDayMarker(format);

@@ -31,6 +31,8 @@ TEST(FormatDateTime, LaysOutTheStamp)
         const char* expected;
     } rows[] = {
         { "hh:nn:ss", "14:05:09" },
+        { "HH:MM:SS", "14:05:09" },
+        { "h:n:s", "14:5:9" },
         { "hh:mm", "14:05" }, // "mm" after an hour is minutes
         { "yyyy-mm-dd", "2024-05-01" },
         { "d/m/yy", "1/5/24" },
