@@ -429,8 +429,9 @@ TEST_P(OrderSchemaTest, ConstraintViolationLeavesNoHalfOrder)
     next->ExecProc();
     // The embedded numbering is undone with the failed order; a server
     // sequence may leave gaps.
-    if (driver() == Driver::Sqlite)
+    if (driver() == Driver::Sqlite) {
         EXPECT_EQ(next->ParamByName(u"@m_order_no").AsString(), u"00000002");
+    }
     EXPECT_EQ(orderCount(), 2);
 }
 
