@@ -125,6 +125,17 @@ ValueClass classOf(TFieldType type)
 Cursor::~Cursor() = default;
 Connection::~Connection() = default;
 
+QStringList Connection::firstColumn(const QString& sql)
+{
+    QStringList values;
+    const std::unique_ptr<Cursor> cursor = openCursor(sql, {});
+    while (cursor->next()) {
+        const RawValue value = cursor->value(0);
+        values.append(QString::fromUtf8(value.text, value.size));
+    }
+    return values;
+}
+
 std::unique_ptr<Connection> openConnection(
     const QString& driver, const TStringList& params, const QString& database)
 {

@@ -13,6 +13,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 
 #include "qalpack/qalpack_export.h"
@@ -132,6 +133,13 @@ public:
     // owner, handed to procedures that run on the client.
     virtual void callProcedure(const QString& name, TParams& params, TDatabase& database) = 0;
     [[nodiscard]] virtual bool inTransaction() const = 0;
+    // The tables a plain table name reaches: SQLite's own tables left out,
+    // the first schema of the server's search path.
+    [[nodiscard]] virtual QStringList tableNames() = 0;
+
+protected:
+    // The first column of every row of `sql`, as text.
+    [[nodiscard]] QStringList firstColumn(const QString& sql);
 };
 
 // Opens a connection of `driver` ("SQLITE", "POSTGRES"; case-insensitive)

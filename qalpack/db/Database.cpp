@@ -207,6 +207,14 @@ qint64 TDatabase::Execute(const QString& sql)
     return connection_->execute(sql, {});
 }
 
+void TDatabase::GetTableNames(TStringList& into)
+{
+    Open();
+    into.Clear();
+    for (const QString& name : connection_->tableNames())
+        into.Add(name);
+}
+
 void TDatabase::StartTransaction()
 {
     if (InTransaction())

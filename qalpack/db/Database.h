@@ -78,6 +78,10 @@ public:
     // first if needed; returns the rows the last statement changed.
     qint64 Execute(const QString& sql);
 
+    // Fills `into` with the names of the tables this database holds (in the
+    // first schema of a server's search path), connecting first if needed.
+    void GetTableNames(TStringList& into);
+
     void StartTransaction();
     void Commit();
     void Rollback();

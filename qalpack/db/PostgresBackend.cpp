@@ -257,6 +257,12 @@ public:
         return PQtransactionStatus(connection_) != PQTRANS_IDLE;
     }
 
+    QStringList tableNames() override
+    {
+        return firstColumn(QStringLiteral("select table_name from information_schema.tables "
+                                          "where table_schema = current_schema() order by table_name"));
+    }
+
     // Sends one statement for `cursor` to read row by row.
     void startStream(
         PostgresCursor& cursor, const QByteArray& sql, const std::vector<std::optional<QByteArray>>& params)

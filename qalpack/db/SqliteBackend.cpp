@@ -269,6 +269,13 @@ public:
 
     bool inTransaction() const override { return sqlite3_get_autocommit(db_) == 0; }
 
+    QStringList tableNames() override
+    {
+        return firstColumn(QStringLiteral(
+            "select name from sqlite_master where type = 'table' and name not like 'sqlite\\_%' escape '\\' "
+            "order by name"));
+    }
+
 private:
     [[noreturn]] void fail(const QString& what, const QString& sql) const
     {

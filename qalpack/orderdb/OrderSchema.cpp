@@ -237,22 +237,14 @@ QString schemaScript(const QString& driver)
     throw Error(QStringLiteral("there is no order database for the driver \"%1\"").arg(driver));
 }
 
-bool tableExists(const QString& databaseName, const QString& driver, const QString& table)
+// The order tables `database` holds, asked of the database itself: a query
+// by name could reach another open database of the same name, outside this
+// one's transaction.
+TStringList existingTables(TDatabase& database)
 {
-    TQuery query;
-    query.SetDatabaseName(databaseName);
-    if (driver == u"POSTGRES") {
-        // The first schema of the search path: where the script creates them.
-        query.SQL().Add(QStringLiteral("select count(*) from information_schema.tables"));
-        query.SQL().Add(
-            QStringLiteral("where table_schema = current_schema() and table_name = lower(:name)"));
-    } else {
-        query.SQL().Add(QStringLiteral(
-            "select count(*) from sqlite_master where type = 'table' and lower(name) = lower(:name)"));
-    }
-    query.ParamByName(u"name").SetAsString(table);
-    query.Open();
-    return query.Fields(0).AsLargeInt() > 0;
+    TStringList tables;
+    database.GetTableNames(tables);
+    return tables;
 }
 
 // Runs `work` in a transaction of its own, or in the caller's when one is
@@ -321,10 +313,10 @@ void EnsureOrderProcedures()
 std::vector<TOrderTableRows> OrderTableRowCounts(TDatabase& database)
 {
     database.Open();
-    const QString driver = OrderDatabaseDriver(database);
+    const TStringList tables = existingTables(database);
     std::vector<TOrderTableRows> counts;
     for (const QString& table : OrderSchemaTables()) {
-        if (!tableExists(database.DatabaseName(), driver, table))
+        if (tables.IndexOf(table) < 0)
             continue;
         TQuery query;
         query.SetDatabaseName(database.DatabaseName());
@@ -340,14 +332,15 @@ void ClearOrderData(TDatabase& database)
     database.Open();
     const QString driver = OrderDatabaseDriver(database);
     inTransaction(database, [&] {
+        const TStringList tables = existingTables(database);
         for (const QString& table : OrderSchemaTables()) {
-            if (tableExists(database.DatabaseName(), driver, table))
+            if (tables.IndexOf(table) >= 0)
                 database.Execute(QStringLiteral("delete from %1").arg(table));
         }
         if (driver == u"POSTGRES") {
             database.Execute(QStringLiteral("do $$ begin if to_regclass('oms_order_no_seq') is not null then "
                                             "alter sequence oms_order_no_seq restart; end if; end $$"));
-        } else if (tableExists(database.DatabaseName(), driver, QStringLiteral("oms_sequence"))) {
+        } else if (tables.IndexOf(QStringLiteral("oms_sequence")) >= 0) {
             database.Execute(QStringLiteral("update oms_sequence set Last_Value = 0"));
         }
     });

@@ -652,5 +652,33 @@ TEST_P(OrderDBTest, SaveLeavesTheDatabaseFreeForOtherConnections)
     EXPECT_NO_THROW(other->Execute(QStringLiteral("delete from OMSTrade_File")));
 }
 
+// The end-of-day clear-out through a connection of its own, while the order
+// database's connection, of the same name, stays open: the clear-out must
+// look its tables up on its own connection, which may hold the file locked.
+TEST_P(OrderDBTest, ClearingWorksInTheCallersTransactionBesideTheOpenOrderDatabase)
+{
+    auto order = newOrder();
+    orderSaveOrder(*order);
+    ASSERT_EQ(order->ErrorCode, 0) << order->Message.toStdString();
+    const auto other = database();
+    ASSERT_EQ(other->DatabaseName(), orderDatabase()->DatabaseName());
+    other->Open();
+    if (driver() == Driver::Sqlite)
+        other->Execute(QStringLiteral("BEGIN EXCLUSIVE"));
+    else
+        other->StartTransaction();
+    ClearOrderData(*other);
+    EXPECT_TRUE(other->InTransaction());
+    other->Commit();
+    for (const TOrderTableRows& table : OrderTableRowCounts(*other))
+        EXPECT_EQ(table.rows, 0) << table.table.toStdString();
+
+    TStringList tables;
+    other->GetTableNames(tables);
+    for (const QString& table : OrderSchemaTables())
+        EXPECT_GE(tables.IndexOf(table), 0) << table.toStdString();
+    EXPECT_LT(tables.IndexOf(QStringLiteral("sqlite_sequence")), 0);
+}
+
 } // namespace
 } // namespace qal
