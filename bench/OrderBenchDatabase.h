@@ -155,14 +155,6 @@ public:
         return true;
     }
 
-    // Closes the order database's connection, so that another connection
-    // may write (the next use() opens it again).
-    void release()
-    {
-        qal::internal::ResetDatabaseAccess();
-        current_.reset();
-    }
-
     // A new, unconnected database on `backend`'s alias.
     [[nodiscard]] std::unique_ptr<qal::TDatabase> database(Backend backend) const
     {
