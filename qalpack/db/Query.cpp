@@ -270,7 +270,19 @@ bool TField::IsNull() const
 
 QString TField::AsString() const
 {
+    return textOf(raw());
+}
+
+std::optional<QString> TField::AsOptionalString() const
+{
     const RawValue value = raw();
+    if (value.kind == Kind::Null)
+        return std::nullopt;
+    return textOf(value);
+}
+
+QString TField::textOf(const RawValue& value) const
+{
     if (value.kind == Kind::Null)
         return {};
     if (class_ == ValueClass::Boolean) {
@@ -298,7 +310,11 @@ void TField::SetShareRepeatedText(bool share)
 
 qint64 TField::AsLargeInt() const
 {
-    const RawValue value = raw();
+    return integerValue(raw());
+}
+
+qint64 TField::integerValue(const RawValue& value) const
+{
     if (value.kind == Kind::Null)
         return 0;
     if (const auto integer = integerOf(value, class_))
@@ -308,15 +324,40 @@ qint64 TField::AsLargeInt() const
 
 int TField::AsInteger() const
 {
-    const qint64 value = AsLargeInt();
-    if (!fitsInt(value))
-        conversionFailed(raw(), "32-bit integer");
-    return int(value);
+    return intValue(raw());
+}
+
+std::optional<int> TField::AsOptionalInteger() const
+{
+    const RawValue value = raw();
+    if (value.kind == Kind::Null)
+        return std::nullopt;
+    return intValue(value);
+}
+
+int TField::intValue(const RawValue& value) const
+{
+    const qint64 integer = integerValue(value);
+    if (!fitsInt(integer))
+        conversionFailed(value, "32-bit integer");
+    return int(integer);
 }
 
 double TField::AsFloat() const
 {
+    return floatValue(raw());
+}
+
+std::optional<double> TField::AsOptionalFloat() const
+{
     const RawValue value = raw();
+    if (value.kind == Kind::Null)
+        return std::nullopt;
+    return floatValue(value);
+}
+
+double TField::floatValue(const RawValue& value) const
+{
     if (value.kind == Kind::Null)
         return 0;
     if (const auto number = realOf(value, class_))

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <QAnyStringView>
@@ -65,6 +66,12 @@ public:
     [[nodiscard]] qint64 AsLargeInt() const;
     // 0 for null. Throws DatabaseError when the value is not a number.
     [[nodiscard]] double AsFloat() const;
+    // AsString, AsInteger and AsFloat, or nothing for null: one look at the
+    // value where a reader that keeps what it has on null would otherwise
+    // also ask IsNull.
+    [[nodiscard]] std::optional<QString> AsOptionalString() const;
+    [[nodiscard]] std::optional<int> AsOptionalInteger() const;
+    [[nodiscard]] std::optional<double> AsOptionalFloat() const;
     // false for null. Throws DatabaseError when the value is not a truth value.
     [[nodiscard]] bool AsBoolean() const;
     // Invalid for null; local time unless the server sent an offset. Throws
@@ -95,6 +102,10 @@ private:
     TField(const TQuery& query, const backend::Cursor& cursor, int index);
 
     [[nodiscard]] backend::RawValue raw() const;
+    [[nodiscard]] QString textOf(const backend::RawValue& value) const;
+    [[nodiscard]] qint64 integerValue(const backend::RawValue& value) const;
+    [[nodiscard]] int intValue(const backend::RawValue& value) const;
+    [[nodiscard]] double floatValue(const backend::RawValue& value) const;
     [[noreturn]] void conversionFailed(const backend::RawValue& value, const char* target) const;
 
     const TQuery& query_;

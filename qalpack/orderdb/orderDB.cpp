@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <exception>
 #include <initializer_list>
+#include <optional>
 #include <vector>
 
 #include "qalpack/db/Database.h"
@@ -113,27 +114,23 @@ void handOver(const Receiver& receiver, std::unique_ptr<Record> record)
 }
 
 // Readers of a column that is only read when not null, so the record keeps
-// what its constructor or factory gave it. A value that is set cannot be
-// null, so only an empty or zero value costs a second look at the column.
+// what its constructor or factory gave it.
 void guarded(const TField& field, QString& into)
 {
-    QString value = field.AsString();
-    if (!value.isEmpty() || !field.IsNull())
-        into = std::move(value);
+    if (std::optional<QString> value = field.AsOptionalString())
+        into = std::move(*value);
 }
 
 void guarded(const TField& field, int& into)
 {
-    const int value = field.AsInteger();
-    if (value != 0 || !field.IsNull())
-        into = value;
+    if (const std::optional<int> value = field.AsOptionalInteger())
+        into = *value;
 }
 
 void guarded(const TField& field, long double& into)
 {
-    const double value = field.AsFloat();
-    if (value != 0 || !field.IsNull())
-        into = value;
+    if (const std::optional<double> value = field.AsOptionalFloat())
+        into = *value;
 }
 
 // How one column of a result fills a record: the member it goes to (or a

@@ -228,14 +228,18 @@ TEST_P(QueryTest, ReadsEachTypeAsTheDeskExpects)
         EXPECT_EQ(field.DataType(), row.type);
         EXPECT_FALSE(field.IsNull());
         EXPECT_EQ(field.AsString(), QString::fromUtf8(row.text));
+        EXPECT_EQ(field.AsOptionalString(), QString::fromUtf8(row.text));
         if (row.type != TFieldType::ftString) {
             EXPECT_EQ(field.AsLargeInt(), row.integer);
             EXPECT_DOUBLE_EQ(field.AsFloat(), row.number);
+            EXPECT_EQ(field.AsOptionalFloat(), row.number);
         }
         EXPECT_EQ(field.Value().typeId(), row.boxed);
     }
     EXPECT_TRUE(query.FieldByName("Flag").AsBoolean());
     EXPECT_THROW((void)query.FieldByName("Big").AsInteger(), DatabaseError); // does not fit 32 bits
+    EXPECT_THROW((void)query.FieldByName("Big").AsOptionalInteger(), DatabaseError);
+    EXPECT_EQ(query.FieldByName("Quantity").AsOptionalInteger(), 100);
     EXPECT_THROW((void)query.FieldByName("Order_No").AsInteger(), DatabaseError);
 }
 
@@ -252,10 +256,14 @@ TEST_P(QueryTest, NullStaysApartFromEmptyText)
         EXPECT_EQ(field.AsFloat(), 0);
         EXPECT_FALSE(field.Value().isValid());
         EXPECT_EQ(field.DisplayText(), "");
+        EXPECT_FALSE(field.AsOptionalString().has_value());
+        EXPECT_FALSE(field.AsOptionalInteger().has_value());
+        EXPECT_FALSE(field.AsOptionalFloat().has_value());
     }
     const qal::TField& note = query.FieldByName("Note");
     EXPECT_FALSE(note.IsNull());
     EXPECT_EQ(note.AsString(), "");
+    EXPECT_EQ(note.AsOptionalString(), QString(""));
     EXPECT_TRUE(note.Value().isValid());
 }
 
