@@ -213,6 +213,15 @@ bool isDateLike(ValueClass kind)
     return kind == ValueClass::Date || kind == ValueClass::Time || kind == ValueClass::DateTime;
 }
 
+// What `read` makes of `value`, or nothing when it is null.
+template<class Read>
+auto unlessNull(const RawValue& value, Read read) -> std::optional<decltype(read(value))>
+{
+    if (value.kind == Kind::Null)
+        return std::nullopt;
+    return read(value);
+}
+
 } // namespace
 
 QString FormatDateTime(QStringView format, const QDateTime& value)
@@ -275,10 +284,7 @@ QString TField::AsString() const
 
 std::optional<QString> TField::AsOptionalString() const
 {
-    const RawValue value = raw();
-    if (value.kind == Kind::Null)
-        return std::nullopt;
-    return textOf(value);
+    return unlessNull(raw(), [this](const RawValue& value) { return textOf(value); });
 }
 
 QString TField::textOf(const RawValue& value) const
@@ -329,10 +335,7 @@ int TField::AsInteger() const
 
 std::optional<int> TField::AsOptionalInteger() const
 {
-    const RawValue value = raw();
-    if (value.kind == Kind::Null)
-        return std::nullopt;
-    return intValue(value);
+    return unlessNull(raw(), [this](const RawValue& value) { return intValue(value); });
 }
 
 int TField::intValue(const RawValue& value) const
@@ -350,10 +353,7 @@ double TField::AsFloat() const
 
 std::optional<double> TField::AsOptionalFloat() const
 {
-    const RawValue value = raw();
-    if (value.kind == Kind::Null)
-        return std::nullopt;
-    return floatValue(value);
+    return unlessNull(raw(), [this](const RawValue& value) { return floatValue(value); });
 }
 
 double TField::floatValue(const RawValue& value) const
