@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <functional>
+#include <type_traits>
 
 #include "qalpack/omslib/LineParser.h"
 #include "qalpack/runtime/Convert.h"
@@ -16,6 +19,90 @@ namespace {
 
 constexpr int kTerminatorTag = 502;
 constexpr QStringView kTerminatorValue = u"TRADE";
+
+// StrToIntDef for a message value: plain digits are read in place.
+int messageInt(QStringView value)
+{
+    const int number = internal::plainNumber(value);
+    return number >= 0 ? number : StrToIntDef(value);
+}
+
+// StrToFloatDef for a message price. Plain "digits[.digits]" with at most
+// 18 digits, as prices travel, are read in place: the digits make an exact
+// integer and the power of ten is exact, so the one division rounds exactly
+// as the general reader does. Anything else goes to StrToFloatDef.
+long double messagePrice(QStringView value)
+{
+    static constexpr int kMaxDigits = 18;
+    static constexpr std::array<long double, kMaxDigits + 1> kPowersOfTen = [] {
+        std::array<long double, kMaxDigits + 1> powers {};
+        long double power = 1;
+        for (long double& slot : powers) {
+            slot = power;
+            power *= 10;
+        }
+        return powers;
+    }();
+    if (value.size() > kMaxDigits + 1)
+        return StrToFloatDef(value);
+    std::uint64_t whole = 0;
+    int digits = 0;
+    int scale = -1; // digits after the point; -1 before any point
+    const char16_t* const chars = value.utf16();
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const char16_t c = chars[i];
+        const unsigned digit = unsigned(c) - u'0';
+        if (digit <= 9) {
+            whole = whole * 10 + digit;
+            ++digits;
+            if (scale >= 0)
+                ++scale;
+        } else if (c == u'.' && scale < 0) {
+            scale = 0;
+        } else {
+            return StrToFloatDef(value);
+        }
+    }
+    if (digits == 0 || digits > kMaxDigits)
+        return StrToFloatDef(value);
+    const auto exact = static_cast<long double>(static_cast<std::int64_t>(whole));
+    return scale > 0 ? exact / kPowersOfTen[static_cast<std::size_t>(scale)] : exact;
+}
+
+// AssignMessageText. A changed text of no more characters than the field
+// holds is copied into the field's own string when nothing shares it.
+void assignText(QString& field, QStringView value)
+{
+    const qsizetype size = value.size();
+    if (size > 0 && field.size() == size && field == value)
+        return;
+    if (size > 0 && size <= field.capacity() && field.isDetached()) {
+        field.resize(size);
+        std::memmove(static_cast<void*>(field.data()), value.utf16(), std::size_t(size) * sizeof(char16_t));
+        return;
+    }
+    field = value.toString();
+}
+
+// A comma-text field (attributes) read without copying the message first:
+// SetCommaText makes a string of its own for every item.
+void assignCommaText(TStringList& list, QStringView value)
+{
+    list.SetCommaText(QString::fromRawData(reinterpret_cast<const QChar*>(value.utf16()), value.size()));
+}
+
+// Zeroes extended prices with plain stores. Their member initialisers zero
+// them already, but the compiler writes each through the x87 unit and reads
+// it back for the next, and the processor cannot forward an 80-bit store to
+// a load: every fresh record stalls on the chain. Stores here make the
+// initialisers' ones dead, and the compiler drops them, as long as no call
+// comes between (the string lists' constructor is inline for that reason).
+template<class... T>
+void zeroPrices(T&... prices) noexcept
+{
+    static_assert((std::is_same_v<T, long double> && ...));
+    (std::memset(&prices, 0, sizeof prices), ...);
+}
 
 // Writes "tag|value|" fields at the end of a message, in place. The text is
 // grown ahead of the fields (by `ahead` characters whenever a field does not
@@ -205,12 +292,12 @@ const Label* stopLabel(int orderOption)
 // The contra side of a cross order or cross trade: account (110) and user (113).
 void updateContra(QStringView key, QStringView value, QString& account, QString& user)
 {
-    switch (MessageTag(key)) {
+    switch (internal::messageTag(key)) {
     case 110:
-        AssignMessageText(account, value);
+        assignText(account, value);
         break;
     case 113:
-        AssignMessageText(user, value);
+        assignText(user, value);
         break;
     default:
         break;
@@ -305,24 +392,13 @@ void DDSAddDoubleIfSet(QString& s, int tag, long double value)
 
 int MessageTag(QStringView key)
 {
-    if (key.size() > 0 && key.size() <= 9) {
-        int tag = 0;
-        for (const QChar c : key) {
-            const unsigned digit = unsigned(c.unicode()) - u'0';
-            if (digit > 9)
-                return StrToIntDef(key, -1);
-            tag = tag * 10 + int(digit);
-        }
-        return tag;
-    }
-    return StrToIntDef(key, -1);
+    const int tag = internal::plainNumber(key);
+    return tag >= 0 ? tag : StrToIntDef(key, -1);
 }
 
 void AssignMessageText(QString& field, QStringView value)
 {
-    if (!value.isEmpty() && field == value)
-        return;
-    field = value.toString();
+    assignText(field, value);
 }
 
 int CompareSuffixalSymbol(const QString& a, const QString& b)
@@ -377,69 +453,69 @@ void TomsTrade::applyMessage(QStringView message)
 
 void TomsTrade::updateField(QStringView key, QStringView value)
 {
-    switch (MessageTag(key)) {
+    switch (internal::messageTag(key)) {
     case 7:
-        AssignMessageText(Exch_No, value);
+        assignText(Exch_No, value);
         break;
     case 8:
-        AssignMessageText(Order_No, value);
+        assignText(Order_No, value);
         break;
     case 0:
-        AssignMessageText(Symbol, value);
+        assignText(Symbol, value);
         break;
     case 10:
-        AssignMessageText(Account, value);
+        assignText(Account, value);
         break;
     case 13:
-        AssignMessageText(User, value);
+        assignText(User, value);
         break;
     case 3:
-        Fill_Price = StrToFloatDef(value);
+        Fill_Price = messagePrice(value);
         break;
     case 4:
-        Fill_Qty = StrToIntDef(value);
+        Fill_Qty = messageInt(value);
         break;
     case 11:
-        Side = StrToIntDef(value);
+        Side = messageInt(value);
         break;
     case 47:
-        Hedge = StrToIntDef(value);
+        Hedge = messageInt(value);
         break;
     case 46:
-        Principal = StrToIntDef(value);
+        Principal = messageInt(value);
         break;
     case 101:
-        ShortSell = StrToIntDef(value);
+        ShortSell = messageInt(value);
         break;
     case 45:
-        AssignMessageText(BrokerID, value);
+        assignText(BrokerID, value);
         break;
     case 43:
-        TradeType = StrToIntDef(value);
+        TradeType = messageInt(value);
         break;
     case 44:
-        Field44 = StrToIntDef(value);
+        Field44 = messageInt(value);
         break;
     case 5:
-        Status = StrToIntDef(value);
+        Status = messageInt(value);
         break;
     case 25:
-        AssignMessageText(Remark, value);
+        assignText(Remark, value);
         break;
     case 33:
-        AssignMessageText(EXE_Time, value);
+        assignText(EXE_Time, value);
         break;
     case 20:
-        AssignMessageText(Exch, value);
+        assignText(Exch, value);
         break;
     case 78:
-        AssignMessageText(Field78, value);
+        assignText(Field78, value);
         break;
     case 6:
-        AssignMessageText(OmsOrder_No, value);
+        assignText(OmsOrder_No, value);
         break;
     case 418:
-        AssignMessageText(Runner, value);
+        assignText(Runner, value);
         break;
     default:
         break;
@@ -618,7 +694,9 @@ void TomsTrade::AssignName(const SymbolNameSource& source)
 
 TexchOrder::TexchOrder(QObject* owner)
     : TChangeNotifier(owner)
-{ }
+{
+    zeroPrices(Price, StopPrice, Price42, Price493, Price494);
+}
 
 TexchOrder::TexchOrder(const QString& message, QObject* owner)
     : TexchOrder(owner)
@@ -635,148 +713,154 @@ void TexchOrder::applyMessage(QStringView message)
 
 void TexchOrder::updateField(QStringView key, QStringView value)
 {
-    switch (MessageTag(key)) {
+    storeField(internal::messageTag(key), value);
+}
+
+bool TexchOrder::storeField(int tag, QStringView value)
+{
+    switch (tag) {
     case 6:
-        AssignMessageText(OmsOrder_No, value);
+        assignText(OmsOrder_No, value);
         break;
     case 7:
-        AssignMessageText(Order_No, value);
+        assignText(Order_No, value);
         break;
     case 15:
-        AssignMessageText(ref_no, value);
+        assignText(ref_no, value);
         break;
     case 0:
-        AssignMessageText(Symbol, value);
+        assignText(Symbol, value);
         break;
     case 10:
-        AssignMessageText(Account, value);
+        assignText(Account, value);
         break;
     case 13:
-        AssignMessageText(User, value);
+        assignText(User, value);
         break;
     case 3:
-        Price = StrToFloatDef(value);
+        Price = messagePrice(value);
         break;
     case 4:
-        Quantity = StrToIntDef(value);
+        Quantity = messageInt(value);
         break;
     case 11:
-        Side = StrToIntDef(value);
+        Side = messageInt(value);
         break;
     case 5:
-        Status = StrToIntDef(value);
+        Status = messageInt(value);
         break;
     case 40:
-        OrderOption = StrToIntDef(value);
+        OrderOption = messageInt(value);
         break;
     case 489:
-        Option489 = StrToIntDef(value);
+        Option489 = messageInt(value);
         break;
     case 490:
-        Option490 = StrToIntDef(value);
+        Option490 = messageInt(value);
         break;
     case 491:
-        Option491 = StrToIntDef(value);
+        Option491 = messageInt(value);
         break;
     case 492:
-        Option492 = StrToIntDef(value);
+        Option492 = messageInt(value);
         break;
     case 47:
-        Field47 = StrToIntDef(value);
+        Field47 = messageInt(value);
         break;
     case 46:
-        PrincipalType = StrToIntDef(value);
+        PrincipalType = messageInt(value);
         break;
     case 101:
-        ShortSell = StrToIntDef(value);
+        ShortSell = messageInt(value);
         break;
     case 45:
-        AssignMessageText(CounterParty, value);
+        assignText(CounterParty, value);
         break;
     case 25:
-        AssignMessageText(Remark, value);
+        assignText(Remark, value);
         break;
     case 34:
-        Fill_Qty = StrToIntDef(value);
+        Fill_Qty = messageInt(value);
         break;
     case 35:
-        Field35 = StrToIntDef(value);
+        Field35 = messageInt(value);
         break;
     case 48:
-        Field48 = StrToIntDef(value);
+        Field48 = messageInt(value);
         break;
     case 33:
-        AssignMessageText(Order_Time, value);
+        assignText(Order_Time, value);
         break;
     case 501:
-        AssignMessageText(Order_Time501, value);
+        assignText(Order_Time501, value);
         break;
     case 41:
-        StopPrice = StrToFloatDef(value);
+        StopPrice = messagePrice(value);
         break;
     case 42:
-        Price42 = StrToFloatDef(value);
+        Price42 = messagePrice(value);
         break;
     case 493:
-        Price493 = StrToFloatDef(value);
+        Price493 = messagePrice(value);
         break;
     case 494:
-        Price494 = StrToFloatDef(value);
+        Price494 = messagePrice(value);
         break;
     case 1105:
-        Field1105 = StrToIntDef(value);
+        Field1105 = messageInt(value);
         break;
     case 1106:
-        Field1106 = StrToIntDef(value);
+        Field1106 = messageInt(value);
         break;
     case 1107:
-        Field1107 = StrToIntDef(value);
+        Field1107 = messageInt(value);
         break;
     case 1108:
-        Field1108 = StrToIntDef(value);
+        Field1108 = messageInt(value);
         break;
     case 12:
-        OpenClose = StrToIntDef(value);
+        OpenClose = messageInt(value);
         break;
     case 39:
-        Field39 = StrToIntDef(value);
+        Field39 = messageInt(value);
         break;
     case 464:
-        Field464 = StrToIntDef(value);
+        Field464 = messageInt(value);
         break;
     case 20:
-        AssignMessageText(Exch, value);
+        assignText(Exch, value);
         break;
     case 78:
-        AssignMessageText(BrokerID, value);
+        assignText(BrokerID, value);
         break;
     case 43:
-        Field43 = StrToIntDef(value);
+        Field43 = messageInt(value);
         break;
     case 44:
-        Field44 = StrToIntDef(value);
+        Field44 = messageInt(value);
         break;
     case 74:
-        AssignMessageText(User_Ref, value);
+        assignText(User_Ref, value);
         break;
     case 418:
-        AssignMessageText(Runner, value);
+        assignText(Runner, value);
         break;
     case 2020:
-        AssignMessageText(riskCtrlLevel, value);
+        assignText(riskCtrlLevel, value);
         break;
     case 1119:
-        AssignMessageText(Last_MOD_Time, value);
+        assignText(Last_MOD_Time, value);
         break;
     case 487:
-        Attributes.SetCommaText(value.toString());
+        assignCommaText(Attributes, value);
         break;
     case 191:
-        AssignMessageText(Field191, value);
+        assignText(Field191, value);
         break;
     default:
-        break;
+        return false;
     }
+    return true;
 }
 
 QString TexchOrder::DDSImageMessage() const
@@ -1086,15 +1170,15 @@ amsManualTrade::~amsManualTrade() = default;
 void amsManualTrade::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    switch (MessageTag(key)) {
+    switch (internal::messageTag(key)) {
     case 8:
-        AssignMessageText(Trade_No, value);
+        assignText(Trade_No, value);
         break;
     case 43:
-        TradeType = StrToIntDef(value);
+        TradeType = messageInt(value);
         break;
     case 44:
-        TradeField44 = StrToIntDef(value);
+        TradeField44 = messageInt(value);
         break;
     default:
         break;
@@ -1139,8 +1223,8 @@ amsOrderHistory::~amsOrderHistory() = default;
 void amsOrderHistory::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    if (MessageTag(key) == 9)
-        AssignMessageText(Action, value);
+    if (internal::messageTag(key) == 9)
+        assignText(Action, value);
 }
 
 QString amsOrderHistory::DDSImageMessage() const
@@ -1207,8 +1291,8 @@ amsCTFTrade::~amsCTFTrade() = default;
 void amsCTFTrade::updateField(QStringView key, QStringView value)
 {
     TomsTrade::updateField(key, value);
-    if (MessageTag(key) == 76)
-        AssignMessageText(CTFBroker, value);
+    if (internal::messageTag(key) == 76)
+        assignText(CTFBroker, value);
 }
 
 QString amsCTFTrade::DDSImageMessage() const

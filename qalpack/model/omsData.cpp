@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
+#include <type_traits>
 
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/Format.h"
@@ -51,6 +53,140 @@ bool isAncestorOf(const QObject* candidate, const QObject* object)
     return false;
 }
 
+// Zeroes extended prices with plain stores, which make the member
+// initialisers' x87 store-and-reload chain dead (see TexchOrder's
+// constructor): an 80-bit store does not forward to the next load.
+template<class... T>
+void zeroPrices(T&... prices) noexcept
+{
+    static_assert((std::is_same_v<T, long double> && ...));
+    (std::memset(&prices, 0, sizeof prices), ...);
+}
+
+// A comma-text field read without copying the message first: SetCommaText
+// makes a string of its own for every item.
+void assignCommaText(TStringList& list, QStringView value)
+{
+    list.SetCommaText(QString::fromRawData(reinterpret_cast<const QChar*>(value.utf16()), value.size()));
+}
+
+// Stores one of the client order's own tags; other tags are ignored.
+void storeOwnField(TomsOrder& order, int tag, QStringView value)
+{
+    switch (tag) {
+    case 455:
+        AssignMessageText(order.BASKET_ID, value);
+        break;
+    case 456:
+        AssignMessageText(order.WAVE_ID, value);
+        break;
+    case 460:
+        AssignMessageText(order.Approval_ID, value);
+        break;
+    case 462:
+        AssignMessageText(order.Reject_ID, value);
+        break;
+    case 486:
+        AssignMessageText(order.SysRefValue, value);
+        break;
+    case 458:
+        AssignMessageText(order.APPROVAL_LIMIT, value);
+        break;
+    case 400:
+        AssignMessageText(order.Order_Source, value);
+        break;
+    case 188:
+        AssignMessageText(order.AppReason, value);
+        break;
+    case 503:
+        order.Held = StrToFloatDef(value);
+        break;
+    case 1116:
+        order.ReqStatus = StrToIntDef(value);
+        break;
+    case 1113:
+        AssignMessageText(order.LastTrdNum, value);
+        break;
+    case 530:
+        AssignMessageText(order.reqNum, value);
+        break;
+    case 1304:
+        assignCommaText(order.GTCDetails, value);
+        break;
+    case 495:
+        AssignMessageText(order.GTCDate, value);
+        break;
+    case 440:
+        AssignMessageText(order.AlgoCommand, value);
+        break;
+    case 187:
+        AssignMessageText(order.Field187, value);
+        break;
+    case 402:
+        AssignMessageText(order.Field402, value);
+        break;
+    case 403:
+        AssignMessageText(order.Field403, value);
+        break;
+    case 404:
+        AssignMessageText(order.Field404, value);
+        break;
+    case 405:
+        AssignMessageText(order.Field405, value);
+        break;
+    case 407:
+        AssignMessageText(order.Field407, value);
+        break;
+    case 421:
+        AssignMessageText(order.Field421, value);
+        break;
+    case 422:
+        AssignMessageText(order.Field422, value);
+        break;
+    case 423:
+        AssignMessageText(order.Field423, value);
+        break;
+    case 457:
+        AssignMessageText(order.Field457, value);
+        break;
+    case 463:
+        AssignMessageText(order.Field463, value);
+        break;
+    case 485:
+        AssignMessageText(order.Field485, value);
+        break;
+    case 488:
+        AssignMessageText(order.Field488, value);
+        break;
+    case 1000:
+        AssignMessageText(order.Field1000, value);
+        break;
+    case 401:
+        order.Field401 = StrToIntDef(value);
+        break;
+    case 442:
+        order.Field442 = StrToIntDef(value);
+        break;
+    case 1109:
+        order.Field1109 = StrToIntDef(value);
+        break;
+    case 71:
+        order.Price71 = StrToFloatDef(value);
+        break;
+    case 95:
+        order.Price95 = StrToFloatDef(value);
+        break;
+    case 459:
+        order.Price459 = StrToFloatDef(value);
+        break;
+    case 1117:
+        order.Price1117 = StrToFloatDef(value);
+        break;
+    default:
+        break;
+    }
+}
+
 bool refersTo(const std::vector<TomsOrder::ExchOrderEntry>& entries, const TexchOrder* exch)
 {
     return std::any_of(entries.begin(), entries.end(), [exch](const auto& e) { return e.order == exch; });
@@ -81,10 +217,13 @@ const std::vector<Label>& omsDataLabels()
 
 TomsOrder::TomsOrder(QObject* owner)
     : TexchOrder(owner)
-{ }
+{
+    zeroPrices(Held, Price71, Price95, Price459, Price1117, FillAmount, AveragePrice, CreditChange,
+        NetProceed, ApprovalChange, ApprovalApplied);
+}
 
 TomsOrder::TomsOrder(const QString& message, QObject* owner)
-    : TexchOrder(owner)
+    : TomsOrder(owner)
 {
     applyMessage(message);
 }
@@ -94,121 +233,12 @@ TomsOrder::~TomsOrder() = default;
 
 void TomsOrder::updateField(QStringView key, QStringView value)
 {
-    // The exchange order's tags and this order's own are disjoint: this
-    // order's are stored here, only the others go on to TexchOrder.
-    switch (MessageTag(key)) {
-    case 455:
-        AssignMessageText(BASKET_ID, value);
-        break;
-    case 456:
-        AssignMessageText(WAVE_ID, value);
-        break;
-    case 460:
-        AssignMessageText(Approval_ID, value);
-        break;
-    case 462:
-        AssignMessageText(Reject_ID, value);
-        break;
-    case 486:
-        AssignMessageText(SysRefValue, value);
-        break;
-    case 458:
-        AssignMessageText(APPROVAL_LIMIT, value);
-        break;
-    case 400:
-        AssignMessageText(Order_Source, value);
-        break;
-    case 188:
-        AssignMessageText(AppReason, value);
-        break;
-    case 503:
-        Held = StrToFloatDef(value);
-        break;
-    case 1116:
-        ReqStatus = StrToIntDef(value);
-        break;
-    case 1113:
-        AssignMessageText(LastTrdNum, value);
-        break;
-    case 530:
-        AssignMessageText(reqNum, value);
-        break;
-    case 1304:
-        GTCDetails.SetCommaText(value.toString());
-        break;
-    case 495:
-        AssignMessageText(GTCDate, value);
-        break;
-    case 440:
-        AssignMessageText(AlgoCommand, value);
-        break;
-    case 187:
-        AssignMessageText(Field187, value);
-        break;
-    case 402:
-        AssignMessageText(Field402, value);
-        break;
-    case 403:
-        AssignMessageText(Field403, value);
-        break;
-    case 404:
-        AssignMessageText(Field404, value);
-        break;
-    case 405:
-        AssignMessageText(Field405, value);
-        break;
-    case 407:
-        AssignMessageText(Field407, value);
-        break;
-    case 421:
-        AssignMessageText(Field421, value);
-        break;
-    case 422:
-        AssignMessageText(Field422, value);
-        break;
-    case 423:
-        AssignMessageText(Field423, value);
-        break;
-    case 457:
-        AssignMessageText(Field457, value);
-        break;
-    case 463:
-        AssignMessageText(Field463, value);
-        break;
-    case 485:
-        AssignMessageText(Field485, value);
-        break;
-    case 488:
-        AssignMessageText(Field488, value);
-        break;
-    case 1000:
-        AssignMessageText(Field1000, value);
-        break;
-    case 401:
-        Field401 = StrToIntDef(value);
-        break;
-    case 442:
-        Field442 = StrToIntDef(value);
-        break;
-    case 1109:
-        Field1109 = StrToIntDef(value);
-        break;
-    case 71:
-        Price71 = StrToFloatDef(value);
-        break;
-    case 95:
-        Price95 = StrToFloatDef(value);
-        break;
-    case 459:
-        Price459 = StrToFloatDef(value);
-        break;
-    case 1117:
-        Price1117 = StrToFloatDef(value);
-        break;
-    default:
-        TexchOrder::updateField(key, value);
-        break;
-    }
+    // The exchange order's tags and this order's own are disjoint. Most
+    // pairs of a message are the exchange order's: those go first, with the
+    // tag read once.
+    const int tag = internal::messageTag(key);
+    if (!storeField(tag, value))
+        storeOwnField(*this, tag, value);
 }
 
 QString TomsOrder::DDSImageMessage() const

@@ -2,7 +2,13 @@
 #include "qalpack/runtime/StringList.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstddef>
 #include <utility>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include <QStringView>
 
@@ -46,9 +52,74 @@ QStringView upToNul(const QString& text)
     return nul < 0 ? QStringView(text) : QStringView(text).left(nul);
 }
 
-} // namespace
+// Comma text arrives with every order update (the attributes), so it is read
+// eight characters at a time where the processor can.
 
-TStringList::TStringList() = default;
+// A comma text up to its first NUL, and the number of ',' in that part.
+struct CommaTextExtent
+{
+    const char16_t* end;
+    std::size_t delimiters = 0;
+};
+
+// The set bits of a byte (without the processor's own count, which the
+// baseline x86-64 target lacks and the compiler would make a library call).
+std::size_t bitCount8(unsigned bits) noexcept
+{
+    bits = bits - ((bits >> 1) & 0x55u);
+    bits = (bits & 0x33u) + ((bits >> 2) & 0x33u);
+    return (bits + (bits >> 4)) & 0x0fu;
+}
+
+CommaTextExtent commaTextExtent(const char16_t* p, const char16_t* const end) noexcept
+{
+    CommaTextExtent extent { end };
+#if defined(__SSE2__)
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i delimiter = _mm_set1_epi16(static_cast<short>(u','));
+    for (; end - p >= 8; p += 8) {
+        const __m128i chars = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(chars, zero)) != 0)
+            break; // the NUL is found below
+        // One bit per character: the compares packed to bytes, against zeros.
+        const auto hits = static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_packs_epi16(_mm_cmpeq_epi16(chars, delimiter), zero)));
+        extent.delimiters += bitCount8(hits);
+    }
+#endif
+    for (; p != end; ++p) {
+        if (*p == 0) {
+            extent.end = p;
+            break;
+        }
+        extent.delimiters += *p == u',' ? 1 : 0;
+    }
+    return extent;
+}
+
+// The end of the unquoted item that starts at `p`: the first blank, control
+// character or ',' (or `end`).
+const char16_t* unquotedItemEnd(const char16_t* p, const char16_t* const end) noexcept
+{
+#if defined(__SSE2__)
+    const __m128i blank = _mm_set1_epi16(static_cast<short>(u' '));
+    const __m128i delimiter = _mm_set1_epi16(static_cast<short>(u','));
+    const __m128i zero = _mm_setzero_si128();
+    for (; end - p >= 8; p += 8) {
+        const __m128i chars = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+        // A character is at most ' ' exactly when subtracting ' ' saturates to 0.
+        const __m128i stops = _mm_or_si128(
+            _mm_cmpeq_epi16(_mm_subs_epu16(chars, blank), zero), _mm_cmpeq_epi16(chars, delimiter));
+        if (const auto hits = static_cast<unsigned>(_mm_movemask_epi8(stops)))
+            return p + std::countr_zero(hits) / 2;
+    }
+#endif
+    while (p != end && *p > u' ' && *p != u',')
+        ++p;
+    return p;
+}
+
+} // namespace
 
 TStringList::TStringList(bool ownsObjects)
     : ownsObjects_(ownsObjects)
@@ -282,48 +353,89 @@ QString TStringList::CommaText() const
 
 void TStringList::SetCommaText(const QString& text)
 {
-    Clear();
-    const QStringView view = upToNul(text);
-    const qsizetype size = view.size();
-    qsizetype pos = 0;
-    const auto skipBlanks = [&] {
-        while (pos < size && isBlank(view[pos]))
-            ++pos;
+    // Every item is a string of its own, never `text` or a piece sharing its
+    // data: records hand in the comma text of a message field as a raw view
+    // of the message, without copying it first.
+    // `text` may be one of this list's own strings: hold on to it while the
+    // old items go.
+    QString holder;
+    if (!items_.empty())
+        holder = text;
+    const char16_t* p = QStringView(text).utf16();
+    const CommaTextExtent extent = commaTextExtent(p, p + text.size());
+    const char16_t* const end = extent.end;
+
+    // A plain list (unsorted, owning nothing) is rewritten in place: an
+    // update's attributes mostly repeat the last ones, and an item equal to
+    // the one already in its place keeps that string. A sorted list takes
+    // the items through Add, for its order and duplicate rules; an owning
+    // list frees its objects first.
+    const bool inPlace = !sorted_ && !ownsObjects_;
+    if (!inPlace)
+        Clear();
+    items_.reserve(extent.delimiters + 1);
+    std::size_t count = 0;
+    const auto keeps = [&](QStringView item) {
+        if (!inPlace || count == items_.size() || item.isEmpty() || items_[count].string != item)
+            return false;
+        items_[count++].object = nullptr;
+        return true;
+    };
+    const auto put = [&](QString&& item) {
+        if (!inPlace) {
+            Add(item);
+            return;
+        }
+        if (count < items_.size())
+            items_[count] = Item { std::move(item), nullptr };
+        else
+            items_.push_back(Item { std::move(item), nullptr });
+        ++count;
+    };
+    const auto skipBlanks = [&p, end] {
+        while (p != end && isBlank(QChar(*p)))
+            ++p;
     };
 
     skipBlanks();
-    while (pos < size) {
-        QString item;
-        if (view[pos] == kQuote) {
-            ++pos;
-            while (pos < size) {
-                if (view[pos] == kQuote) {
-                    if (pos + 1 < size && view[pos + 1] == kQuote) {
-                        item += kQuote;
-                        pos += 2;
-                        continue;
-                    }
-                    ++pos;
+    while (p != end) {
+        if (*p == kQuote) {
+            ++p;
+            // Runs without quotes go in whole; "" inside is one quote.
+            QString item;
+            for (;;) {
+                const char16_t* const run = p;
+                p = std::find(p, end, kQuote.unicode());
+                item += QStringView(run, p);
+                if (p == end)
                     break;
+                if (end - p > 1 && p[1] == kQuote) {
+                    item += kQuote;
+                    p += 2;
+                    continue;
                 }
-                item += view[pos++];
+                ++p;
+                break;
             }
+            if (!keeps(item))
+                put(std::move(item));
         } else {
-            const qsizetype start = pos;
-            while (pos < size && view[pos].unicode() > u' ' && view[pos] != kDelimiter)
-                ++pos;
-            item = view.mid(start, pos - start).toString();
+            const char16_t* const start = p;
+            p = unquotedItemEnd(p, end);
+            if (const QStringView item(start, p); !keeps(item))
+                put(item.toString());
         }
-        Add(item);
         skipBlanks();
-        if (pos < size && view[pos] == kDelimiter) {
+        if (p != end && *p == kDelimiter) {
             // "a," holds two items, the second empty.
-            if (pos == size - 1)
-                Add(QString());
-            ++pos;
+            if (end - p == 1)
+                put(QString());
+            ++p;
             skipBlanks();
         }
     }
+    if (inPlace)
+        items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(count), items_.end());
 }
 
 QString TStringList::Text() const

@@ -87,7 +87,8 @@ public:
         std::vector<Item>::const_iterator it_;
     };
 
-    TStringList();
+    // Inline: the records that hold lists are set up without a call here.
+    TStringList() = default;
     // An owning list needs a deleter before it can hold objects: see the class
     // comment and TObjectStringList.
     explicit TStringList(bool ownsObjects);

@@ -3,8 +3,11 @@
 #include "qalpack/model/exchData.h"
 
 #include <cmath>
+#include <iterator>
 #include <memory>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <QMetaProperty>
@@ -13,6 +16,8 @@
 #include <gtest/gtest.h>
 
 #include "qalpack/omslib/CodePage950.h"
+#include "qalpack/omslib/LineParser.h"
+#include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/Exception.h"
 #include "qalpack/runtime/Format.h"
 #include "tests/support/QtPrinters.h"
@@ -45,6 +50,58 @@ TEST(ExchangeOrder, IgnoresNonNumericKeysAndADanglingKey)
     EXPECT_EQ(order.Symbol, u"ABC");
     EXPECT_EQ(order.Quantity, 0) << "a malformed number stores 0";
     EXPECT_EQ(order.Status, 0) << "the last key has no value";
+}
+
+// Tags and quantities of plain digits are read in place; every key and value
+// must still read as StrToIntDef reads it.
+TEST(ExchangeOrder, ReadsTagsAndNumbersAsStrToIntDefDoes)
+{
+    const char* const texts[] = { "0", "00", "7", "42", "487", "1119", "0487", "16393", "123456789",
+        "0000000000", "1234567890", "2147483647", "2147483648", "-0", "-5", "+5", " 5", "5 ", "", "x", "1a",
+        "/", ":", "9:", ":9", "x12", "12:4", "1234x", "$1F", "0x1f", "１２" };
+    for (const char* text : texts) {
+        SCOPED_TRACE(text);
+        const QString s = QString::fromUtf8(text);
+        EXPECT_EQ(MessageTag(s), StrToIntDef(s, -1));
+        const TexchOrder order(QStringLiteral("H|") + s + QStringLiteral("|0700.HK|4|") + s + u'|');
+        EXPECT_EQ(order.Quantity, StrToIntDef(s));
+        EXPECT_EQ(order.Symbol == u"0700.HK", StrToIntDef(s, -1) == 0) << "the key read as tag 0";
+    }
+}
+
+// Prices of plain digits are read in place: to the last bit they must be
+// what StrToFloatDef reads, and any other text must be read by it.
+TEST(ExchangeOrder, ReadsPricesExactlyAsStrToFloatDefDoes)
+{
+    std::vector<QString> texts { "345.6", "340.2", "0.1", "0.3", "2.675", "1.", ".5", ".", "", "1.2.3",
+        "-1.5", "+1.5", "1e3", " 1.5", "1.5 ", "0.000000", "123456789012345678", "1234567890123456789",
+        "99999999999999999.9", ".000000000000000001", "１.５" };
+    std::mt19937_64 rng(20240131);
+    for (int i = 0; i < 20000; ++i) {
+        std::string digits = std::to_string(rng()).substr(0, 1 + rng() % 18);
+        digits.insert(rng() % (digits.size() + 1), ".");
+        texts.push_back(QString::fromStdString(digits));
+    }
+    for (const QString& text : texts) {
+        const TexchOrder order(QStringLiteral("H|3|") + text + u'|');
+        ASSERT_EQ(order.Price, StrToFloatDef(text)) << text.toStdString();
+    }
+}
+
+// An update writes a changed text into the field's own string where it
+// fits; a copy a blotter holds of the old text keeps it.
+TEST(ExchangeOrder, UpdatedTextsLeaveCopiesOfTheOldOnesAlone)
+{
+    TexchOrder order(QStringLiteral("H|0|0700.HK|25|call client|"));
+    const QString symbol = order.Symbol;
+    order.applyMessage(QStringLiteral("H|0|5.HK|25|call|"));
+    EXPECT_EQ(order.Symbol, u"5.HK");
+    EXPECT_EQ(symbol, u"0700.HK");
+    EXPECT_EQ(order.Remark, u"call");
+    order.applyMessage(QStringLiteral("H|25||"));
+    EXPECT_TRUE(order.Remark.isEmpty());
+    order.applyMessage(QStringLiteral("H|25|call the client back|"));
+    EXPECT_EQ(order.Remark, u"call the client back");
 }
 
 TEST(ExchangeOrder, FreshRecordWritesOnlyWhatIsAlwaysWritten)

@@ -9,6 +9,7 @@
 
 #include <QMetaProperty>
 #include <QPointer>
+#include <QStringList>
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,21 @@ TEST(ClientOrder, BuiltFromAMessageReadsItsOwnTags)
     EXPECT_EQ(order.Held, 1.25L);
     EXPECT_EQ(order.AlgoCommand, u"EXEUP=5");
     EXPECT_EQ(order.ReqStatus, 0) << "a malformed number stores 0";
+}
+
+// The comma-text fields are read straight from the message text: their
+// items must be strings of their own.
+TEST(ClientOrder, CommaTextFieldsOutliveTheMessage)
+{
+    std::unique_ptr<TomsOrder> order;
+    {
+        QString message = QStringLiteral("H|487|InvestorID=77,PTA=A1/B2|1304|20240131,345.6,2000|");
+        order = std::make_unique<TomsOrder>(message);
+        message.fill(u'#');
+    }
+    EXPECT_EQ(order->getInvestorID(), u"77");
+    EXPECT_EQ(order->Attributes.Values("PTA"), u"A1/B2");
+    EXPECT_EQ(order->GTCDetails.toQStringList(), (QStringList { "20240131", "345.6", "2000" }));
 }
 
 TEST(ClientOrder, FullRecordRoundTripsThroughItsMessage)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/omslib/LineParser.h"
 
+#include <iterator>
+#include <random>
 #include <tuple>
 #include <utility>
 #include <vector>
@@ -59,6 +61,43 @@ TEST(ForEachTaggedPair, SkipsHeaderAndPairsTheRest)
             seen.emplace_back(key.toString(), value.toString());
         });
         EXPECT_EQ(seen, pairs);
+    }
+}
+
+// The pairs are found by a separator search 64 characters at a time:
+// wherever the separators fall, it must hand over exactly the pairs the
+// field-by-field tokens give (the header skipped, a key without a value
+// dropped).
+TEST(LineParser, TaggedPairsMatchTheTokensWhereverSeparatorsFall)
+{
+    using Pairs = std::vector<std::pair<QString, QString>>;
+    std::vector<QString> messages { "", "H", "|", "H|", "H||", "||||", "H|0", "H|0|", "H|0||", "H|0|x" };
+    const QString pieces[]
+        = { "", "0", "487", "OMS000123", u"\u9673\u5927\u6587"_qs, "20240131-09:30:00", QString(61, u'x') };
+    std::mt19937 rng(20240131);
+    for (int i = 0; i < 3000; ++i) {
+        QString message = "H";
+        for (int fields = int(rng() % 14); fields > 0; --fields)
+            message += u'|' + pieces[rng() % std::size(pieces)];
+        if (rng() % 2)
+            message += u'|';
+        messages.push_back(message);
+    }
+    for (const QString& message : messages) {
+        Pairs expected;
+        qal::LineParser tokens(message);
+        (void)tokens.next();
+        while (const auto key = tokens.next()) {
+            const auto value = tokens.next();
+            if (!value)
+                break;
+            expected.emplace_back(key->toString(), value->toString());
+        }
+        Pairs found;
+        qal::forEachTaggedPair(message, [&found](QStringView key, QStringView value) {
+            found.emplace_back(key.toString(), value.toString());
+        });
+        ASSERT_EQ(found, expected) << message.toStdString();
     }
 }
 

@@ -80,6 +80,56 @@ TEST(StringList, ReadsCommaText)
     }
 }
 
+// Attributes arrive with every order update, so comma text is read eight
+// characters at a time: the rules must hold wherever in the text they apply.
+TEST(StringList, ReadsLongCommaText)
+{
+    const TextCase rows[] = {
+        { "an order's attributes", "InvestorID=77,PTA=A1/B2,MSEQ=12",
+            { "InvestorID=77", "PTA=A1/B2", "MSEQ=12" } },
+        { "blank after eight characters", "InvestorID=77 PTA=A1/B2", { "InvestorID=77", "PTA=A1/B2" } },
+        { "control character after eight", "Remark=abcdefgh\tijk", { "Remark=abcdefgh", "ijk" } },
+        { "wide characters are not blanks", "戶口=陳大文，ＡＢ＃ＣＤ,x", { "戶口=陳大文，ＡＢ＃ＣＤ", "x" } },
+        { "a comma in every eight", "a,b,c,d,e,f,g,h,i,j,k,",
+            { "a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "" } },
+        { "text ends at a NUL after eight", QString("abcdefghij,kl") + QChar(0) + ",mn",
+            { "abcdefghij", "kl" } },
+        { "text ends at a NUL within eight", QString("ab,c") + QChar(0) + "defghijklmnop,q", { "ab", "c" } },
+        { "long quoted item", "\"Remark=call client, then \"\"hold\"\"\",x",
+            { "Remark=call client, then \"hold\"", "x" } },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        TStringList list;
+        list.SetCommaText(row.text);
+        EXPECT_EQ(list.toQStringList(), row.strings);
+    }
+}
+
+// A plain list takes an update's attributes in place: objects go, an equal
+// item keeps its string, and a text that is one of the list's own strings
+// still reads whole.
+TEST(StringList, CommaTextRewritesAPlainListInPlace)
+{
+    int tag = 0;
+    TStringList list;
+    for (const char* s : { "InvestorID=77", "PTA=A1/B2", "MSEQ=12", "DLR=D01" })
+        list.AddObject(s, &tag);
+    const QString investor = list.Strings(0);
+    list.SetCommaText("InvestorID=77,PTA=C3,MSEQ=12");
+    EXPECT_EQ(list.toQStringList(), (QStringList { "InvestorID=77", "PTA=C3", "MSEQ=12" }));
+    for (int i = 0; i < list.Count(); ++i)
+        EXPECT_EQ(list.Objects(i), nullptr) << i;
+    EXPECT_EQ(list.Strings(0).constData(), investor.constData());
+    list.SetCommaText(list.Strings(1));
+    EXPECT_EQ(list.toQStringList(), QStringList { "PTA=C3" });
+
+    TStringList sorted;
+    sorted.SetSorted(true);
+    sorted.SetCommaText("c,a,b,A");
+    EXPECT_EQ(sorted.toQStringList(), (QStringList { "a", "b", "c" })) << "sorted, duplicates ignored";
+}
+
 TEST(StringList, WritesCommaText)
 {
     const TextCase rows[] = {
@@ -280,6 +330,16 @@ TEST_F(StringListObjects, OwningListFreesWhatItRefuses)
     EXPECT_THROW(list.InsertObject(0, "b", new Counted), qal::Error);
     EXPECT_EQ(Counted::alive, 1);
     EXPECT_EQ(list.Object(0), kept);
+}
+
+TEST_F(StringListObjects, CommaTextFreesTheObjectsOfAnOwningList)
+{
+    TObjectStringList<Counted> list(true);
+    list.AddObject("a", new Counted);
+    list.SetCommaText("a,b");
+    EXPECT_EQ(Counted::alive, 0);
+    EXPECT_EQ(list.Object(0), nullptr);
+    EXPECT_EQ(list.CommaText(), "a,b");
 }
 
 TEST_F(StringListObjects, ListsThatDoNotOwnNeverFree)
