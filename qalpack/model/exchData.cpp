@@ -27,48 +27,6 @@ int messageInt(QStringView value)
     return number >= 0 ? number : StrToIntDef(value);
 }
 
-// StrToFloatDef for a message price. Plain "digits[.digits]" with at most
-// 18 digits, as prices travel, are read in place: the digits make an exact
-// integer and the power of ten is exact, so the one division rounds exactly
-// as the general reader does. Anything else goes to StrToFloatDef.
-long double messagePrice(QStringView value)
-{
-    static constexpr int kMaxDigits = 18;
-    static constexpr std::array<long double, kMaxDigits + 1> kPowersOfTen = [] {
-        std::array<long double, kMaxDigits + 1> powers {};
-        long double power = 1;
-        for (long double& slot : powers) {
-            slot = power;
-            power *= 10;
-        }
-        return powers;
-    }();
-    if (value.size() > kMaxDigits + 1)
-        return StrToFloatDef(value);
-    std::uint64_t whole = 0;
-    int digits = 0;
-    int scale = -1; // digits after the point; -1 before any point
-    const char16_t* const chars = value.utf16();
-    for (qsizetype i = 0; i < value.size(); ++i) {
-        const char16_t c = chars[i];
-        const unsigned digit = unsigned(c) - u'0';
-        if (digit <= 9) {
-            whole = whole * 10 + digit;
-            ++digits;
-            if (scale >= 0)
-                ++scale;
-        } else if (c == u'.' && scale < 0) {
-            scale = 0;
-        } else {
-            return StrToFloatDef(value);
-        }
-    }
-    if (digits == 0 || digits > kMaxDigits)
-        return StrToFloatDef(value);
-    const auto exact = static_cast<long double>(static_cast<std::int64_t>(whole));
-    return scale > 0 ? exact / kPowersOfTen[static_cast<std::size_t>(scale)] : exact;
-}
-
 // AssignMessageText. A changed text of no more characters than the field
 // holds is copied into the field's own string when nothing shares it.
 void assignText(QString& field, QStringView value)
@@ -470,7 +428,7 @@ void TomsTrade::updateField(QStringView key, QStringView value)
         assignText(User, value);
         break;
     case 3:
-        Fill_Price = messagePrice(value);
+        Fill_Price = StrToFloatDef(value);
         break;
     case 4:
         Fill_Qty = messageInt(value);
@@ -738,7 +696,7 @@ bool TexchOrder::storeField(int tag, QStringView value)
         assignText(User, value);
         break;
     case 3:
-        Price = messagePrice(value);
+        Price = StrToFloatDef(value);
         break;
     case 4:
         Quantity = messageInt(value);
@@ -795,16 +753,16 @@ bool TexchOrder::storeField(int tag, QStringView value)
         assignText(Order_Time501, value);
         break;
     case 41:
-        StopPrice = messagePrice(value);
+        StopPrice = StrToFloatDef(value);
         break;
     case 42:
-        Price42 = messagePrice(value);
+        Price42 = StrToFloatDef(value);
         break;
     case 493:
-        Price493 = messagePrice(value);
+        Price493 = StrToFloatDef(value);
         break;
     case 494:
-        Price494 = messagePrice(value);
+        Price494 = StrToFloatDef(value);
         break;
     case 1105:
         Field1105 = messageInt(value);
