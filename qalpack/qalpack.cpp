@@ -9,6 +9,7 @@
 #include "qalpack/model/exchData.h"
 #include "qalpack/model/omsData.h"
 #include "qalpack/orderdb/orderDB.h"
+#include "qalpack/runtime/Exception.h"
 
 namespace {
 
@@ -58,7 +59,7 @@ extern "C" {
 QalDatabase* orderDatabase(void)
 {
     QalDatabase* result = nullptr;
-    guarded([&] { result = reinterpret_cast<QalDatabase*>(qal::orderDatabase()); });
+    guarded([&] { result = reinterpret_cast<QalDatabase*>(&qal::RequireOrderDatabase()); });
     return result;
 }
 
@@ -96,7 +97,12 @@ int orderSaveOrder(QalOrder* order)
         lastError = "orderSaveOrder: no order";
         return -1;
     }
-    return guarded([&] { qal::orderSaveOrder(*cpp(order)); });
+    return guarded([&] {
+        qal::TomsOrder& saved = *cpp(order);
+        qal::orderSaveOrder(saved);
+        if (saved.ErrorCode == qal::TomsOrder::kSaveFailed)
+            throw qal::Error(saved.Message);
+    });
 }
 
 QalMarketInfo* MarketInfoFactory(QalOrder* order)

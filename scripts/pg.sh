@@ -109,5 +109,8 @@ pg_start() {
     return 1
   fi
   export QALPACK_PG_HOST=127.0.0.1 QALPACK_PG_PORT=$port QALPACK_PG_USER=qalpack QALPACK_PG_DBNAME=$pg_dbname
+  # For the tests that restart the server under a running desk:
+  #   $QALPACK_PG_CTL -D $QALPACK_PG_DATA restart -m fast -w, run as QALPACK_PG_RUNAS when set.
+  export QALPACK_PG_CTL=$pg_bin/pg_ctl QALPACK_PG_DATA=$pg_dir/data QALPACK_PG_RUNAS=$pg_user
   echo "PostgreSQL $("$pg_bin/postgres" --version | awk '{print $3}') for the $pg_what on 127.0.0.1:$port"
 }

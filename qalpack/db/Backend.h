@@ -133,6 +133,10 @@ public:
     // owner, handed to procedures that run on the client.
     virtual void callProcedure(const QString& name, TParams& params, TDatabase& database) = 0;
     [[nodiscard]] virtual bool inTransaction() const = 0;
+    // Commits the open transaction. When the commit fails the transaction is
+    // rolled back and the connection is left in autocommit, then the failure
+    // is thrown: nothing of it can be committed later by accident.
+    virtual void commit() = 0;
     // The tables a plain table name reaches: SQLite's own tables left out,
     // the first schema of the server's search path.
     [[nodiscard]] virtual QStringList tableNames() = 0;

@@ -2,6 +2,7 @@
 #include "qalpack/orderdb/DatabaseAccess.h"
 
 #include <exception>
+#include <map>
 #include <memory>
 
 #include "qalpack/db/Database.h"
@@ -9,6 +10,7 @@
 #include "qalpack/omslib/DatabaseSetting.h"
 #include "qalpack/omslib/ElHashList.h"
 #include "qalpack/profile/QalApplicationProfile.h"
+#include "qalpack/runtime/Exception.h"
 #include "qalpack/runtime/StringList.h"
 
 namespace qal {
@@ -28,6 +30,8 @@ struct DatabaseAccessState
     std::unique_ptr<TOmsDM> dmOms;
     TElHashList<TDatabase*> DbHash;
     TStringList redirectDBMap;
+    // Upper-cased logical name to the message of its last failed open.
+    std::map<QString, QString> openErrors;
 };
 
 DatabaseAccessState& state()
@@ -49,6 +53,7 @@ void ResetDatabaseAccess()
     unit.DbHash.Clear();
     unit.dmOms.reset();
     unit.redirectDBMap.Clear();
+    unit.openErrors.clear();
 }
 
 } // namespace internal
@@ -114,14 +119,31 @@ TDatabase* TOmsDM::GetDatabase(const QString& name)
         database->SetDatabaseName(connectionName + QStringLiteral("DB"));
         database->SetLoginPrompt(false);
         database->SetConnected(true);
-    } catch (const std::exception&) {
-        // An unreachable database is not the caller's error to see: it gets
-        // nullptr, and the next request starts afresh.
-        unit.DbHash.DeleteItem(cacheKey);
-        delete database;
-        return nullptr;
+    } catch (const Error& error) {
+        return forget(cacheKey, database, error.message());
+    } catch (const std::exception& error) {
+        return forget(cacheKey, database, QString::fromLocal8Bit(error.what()));
     }
+    unit.openErrors.erase(cacheKey);
     return database;
+}
+
+// An unreachable database is not thrown at the caller: it gets nullptr, the
+// reason is kept for OpenError, and the next request starts afresh.
+TDatabase* TOmsDM::forget(const QString& cacheKey, TDatabase* database, const QString& why)
+{
+    DatabaseAccessState& unit = state();
+    unit.DbHash.DeleteItem(cacheKey);
+    delete database;
+    unit.openErrors[cacheKey] = why;
+    return nullptr;
+}
+
+QString TOmsDM::OpenError(const QString& name) const
+{
+    const DatabaseAccessState& unit = state();
+    const auto found = unit.openErrors.find(name.toUpper());
+    return found == unit.openErrors.end() ? QString() : found->second;
 }
 
 void TOmsDM::AddDataMap(const QString& name, const QString& mapKey)

@@ -60,9 +60,16 @@ public:
     // The open connection for the logical database `name` (any case),
     // resolved, created and opened on the first request. Returns nullptr when
     // it cannot be opened (unknown alias, server down, login refused): the
-    // failure is not reported and leaves nothing cached, so the next request
-    // resolves and tries again. The data module owns the connection.
+    // failure is not thrown and leaves nothing cached, so the next request
+    // resolves and tries again; OpenError tells why. The data module owns
+    // the connection. A cached PostgreSQL connection that the server dropped
+    // is opened again by its next statement (the statement that met the drop
+    // fails).
     [[nodiscard]] TDatabase* GetDatabase(const QString& name);
+
+    // Why the last GetDatabase of `name` (any case) returned nullptr: the
+    // driver's own message, naming the alias. Empty once it succeeded.
+    [[nodiscard]] QString OpenError(const QString& name) const;
 
     // Sends the logical database `name` to the data-map key `mapKey` for
     // connections not yet opened. The first mapping of a name wins: a later
@@ -74,6 +81,7 @@ public:
 private:
     friend void internal::ResetDatabaseAccess();
     TOmsDM();
+    TDatabase* forget(const QString& cacheKey, TDatabase* database, const QString& why);
 };
 
 } // namespace qal

@@ -212,8 +212,8 @@ void TUserProfile::loadUser()
 {
     TDatabase* database = TOmsDM::GetInstance()->GetDatabase(QStringLiteral("omsdata"));
     if (database == nullptr)
-        throw Error(QStringLiteral("User profile of \"%1\": the order database \"omsdata\" cannot be opened")
-                        .arg(userId_));
+        throw Error(QStringLiteral("User profile of \"%1\": the order database \"omsdata\" cannot be opened: %2")
+                        .arg(userId_, TOmsDM::GetInstance()->OpenError(QStringLiteral("omsdata"))));
     TQuery query;
     query.SetDatabaseName(database->DatabaseName());
 

@@ -15,6 +15,7 @@
 #include "qalpack/orderdb/OrderSchema.h"
 #include "tests/support/DatabaseFixture.h"
 #include "tests/support/QtPrinters.h"
+#include "tests/support/SourceTree.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ protected:
                            "[ORDERS]\nDSN_Source=OMSDATA\nDSN_user=%1\n")
                 .arg(user()));
         QFile shipped(
-            QFileInfo(QStringLiteral(__FILE__)).dir().filePath(QStringLiteral("../../config/STORPROC.INI")));
+            qal::test::sourcePath(QStringLiteral("config/STORPROC.INI")));
         ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
         write("STORPROC.INI", QString::fromUtf8(shipped.readAll()));
 

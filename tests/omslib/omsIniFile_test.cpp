@@ -3,6 +3,8 @@
 // protected database settings that a data-map key resolves through.
 #include "qalpack/omslib/omsIniFile.h"
 
+#include <unistd.h>
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -106,6 +108,21 @@ TEST_F(OmsIniTest, DatabaseSettingComesOnlyFromAnOwnerOnlyFile)
     }
     ASSERT_TRUE(QFile::remove(path(QStringLiteral("secret/db.ini"))));
     EXPECT_FALSE(GetDatabaseSetting(alias, alias, alias, QStringLiteral("OMSDATA_LIVE")));
+}
+
+TEST_F(OmsIniTest, DatabaseSettingOfAnotherUserIsRefusedHoweverLocked)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a file to another user";
+    const QByteArray file = QFile::encodeName(path(QStringLiteral("secret/db.ini")));
+    ASSERT_EQ(::chown(file.constData(), 65534, 65534), 0);
+    QString alias;
+    QString user;
+    QString password;
+    EXPECT_FALSE(GetDatabaseSetting(alias, user, password, QStringLiteral("OMSDATA_LIVE")));
+    EXPECT_TRUE(alias.isEmpty());
+    const QByteArray log = takeLog();
+    EXPECT_TRUE(log.contains("belongs to user id 65534")) << log.constData();
 }
 
 } // namespace

@@ -26,6 +26,7 @@
 #include "qalpack/orderdb/omsDBTools.h"
 #include "tests/support/DatabaseFixture.h"
 #include "tests/support/QtPrinters.h"
+#include "tests/support/SourceTree.h"
 
 namespace {
 
@@ -40,7 +41,7 @@ using qal::test::Driver;
 // The shipped configuration directory, found from this source file.
 QString configDir()
 {
-    return QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../../config");
+    return qal::test::sourcePath(QStringLiteral("config"));
 }
 
 class OrderSchemaTest : public DatabaseTest

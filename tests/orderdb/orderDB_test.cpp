@@ -27,6 +27,7 @@
 #include "qalpack/runtime/StringList.h"
 #include "tests/support/DatabaseFixture.h"
 #include "tests/support/QtPrinters.h"
+#include "tests/support/SourceTree.h"
 
 namespace {
 
@@ -120,7 +121,7 @@ protected:
                            "[DOWN]\nDSN_Source=DOWNDB\nDSN_user=%1\n")
                 .arg(user()));
         QFile shipped(
-            QFileInfo(QStringLiteral(__FILE__)).dir().filePath(QStringLiteral("../../config/STORPROC.INI")));
+            qal::test::sourcePath(QStringLiteral("config/STORPROC.INI")));
         ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
         write("STORPROC.INI", QString::fromUtf8(shipped.readAll()));
         savedOmsIni_ = qgetenv("OMS_INI");
