@@ -10,6 +10,7 @@
 #include "qalpack/model/omsData.h"
 #include "qalpack/orderdb/orderDB.h"
 #include "qalpack/runtime/Exception.h"
+#include "qalpack/version.h"
 
 namespace {
 
@@ -137,6 +138,11 @@ void qalFreeMarketInfo(QalMarketInfo* info)
 const char* qalLastError(void)
 {
     return lastError.c_str();
+}
+
+const char* qalVersion(void)
+{
+    return QALPACK_VERSION_STRING;
 }
 
 } // extern "C"

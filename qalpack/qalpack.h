@@ -56,6 +56,10 @@ QALPACK_EXPORT void qalFreeMarketInfo(QalMarketInfo* info);
 /* The message of the last failure on this thread, UTF-8, empty when none. */
 QALPACK_EXPORT const char* qalLastError(void);
 
+/* The version of the loaded library, "major.minor.patch" (static storage).
+ * qalpack/version.h gives the version a host was compiled against. */
+QALPACK_EXPORT const char* qalVersion(void);
+
 #ifdef __cplusplus
 }
 #endif

@@ -11,6 +11,8 @@
 #include "apps/qal/SaveCommand.h"
 #include "apps/qal/TickCommand.h"
 #include "apps/qal/WhoamiCommand.h"
+#include "qalpack/qalpack.h"
+#include "qalpack/version.h"
 
 namespace {
 
@@ -24,7 +26,8 @@ Commands:
   save     save a new order given as a tagged message
   whoami   show what the library knows of a user
 
-Run "qal <command> --help" for a command's options.
+Run "qal help <command>" (or "qal <command> --help") for a command's options,
+"qal --version" for the version of the tool and of the library it loaded.
 )";
 
 } // namespace
@@ -41,6 +44,17 @@ int main(int argc, char** argv)
     if (arguments.isEmpty() || arguments.first() == u"--help" || arguments.first() == u"-h") {
         out << kUsage;
         return arguments.isEmpty() ? 2 : 0;
+    }
+    if (arguments.first() == u"--version") {
+        out << "qal " << QALPACK_VERSION_STRING << " (library " << qalVersion() << ")\n";
+        return 0;
+    }
+    if (arguments.first() == u"help") {
+        if (arguments.size() == 1) {
+            out << kUsage;
+            return 0;
+        }
+        arguments = { arguments[1], QStringLiteral("--help") };
     }
     const QString command = arguments.takeFirst();
     if (command == u"decode")
