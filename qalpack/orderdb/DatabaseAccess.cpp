@@ -9,8 +9,9 @@
 #include "qalpack/db/Session.h"
 #include "qalpack/omslib/DatabaseSetting.h"
 #include "qalpack/omslib/ElHashList.h"
-#include "qalpack/profile/QalApplicationProfile.h"
+#include "qalpack/omslib/omsIniFile.h"
 #include "qalpack/runtime/Exception.h"
+#include "qalpack/runtime/IniFile.h"
 #include "qalpack/runtime/StringList.h"
 
 namespace qal {
@@ -86,21 +87,27 @@ TDatabase* TOmsDM::GetDatabase(const QString& name)
     auto* database = new TDatabase(this);
     unit.DbHash.AddItem(cacheKey, database);
 
-    TQalApplicationProfile* profile = TQalApplicationProfile::GetInstance();
+    // The data map and DSN keys are read from the shared OMS INI, the file
+    // the application profile reads, straight through the OMS library: the
+    // connection layer sits below the profiles that use it.
+    const TIniFile omsIni = omsIniFile();
+    const auto setting = [&omsIni](const QString& section, const QString& key) {
+        return omsIni.ReadString(section, key, QString());
+    };
     QString mapKey = unit.redirectDBMap.Values(cacheKey);
     if (mapKey.isEmpty())
-        mapKey = profile->getValue(QStringLiteral("OMS_DATAMAP"), cacheKey);
+        mapKey = setting(QStringLiteral("OMS_DATAMAP"), cacheKey);
     if (!mapKey.isEmpty()) {
         QString alias;
         if (GetDatabaseSetting(alias, user, password, mapKey)) {
             connectionName = alias;
             AddDataMap(alias, mapKey);
-        } else if (const QString dsnSource = profile->getValue(mapKey, QStringLiteral("DSN_Source"));
+        } else if (const QString dsnSource = setting(mapKey, QStringLiteral("DSN_Source"));
                    !dsnSource.isEmpty()) {
             connectionName = dsnSource;
             AddDataMap(dsnSource, mapKey);
-            user = profile->getValue(mapKey, QStringLiteral("DSN_user"));
-            password = profile->getValue(mapKey, QStringLiteral("DSN_password"));
+            user = setting(mapKey, QStringLiteral("DSN_user"));
+            password = setting(mapKey, QStringLiteral("DSN_password"));
         }
     }
     // A password without a user is never sent: the desk logs on as "sa".

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The order database's connection cache: one open connection per logical
 // database name ("omsdata", ...), its alias, user and password resolved at run
-// time from the redirection map, the application profile and the database
+// time from the redirection map, the shared OMS INI and the database
 // settings file, never written into the library.
 #pragma once
 
@@ -31,7 +31,7 @@ QALPACK_EXPORT void ResetDatabaseAccess();
 // the cache key is `name` in upper case):
 // 1. The data-map key is the redirection map's entry for the key (AddDataMap),
 //    or else the value of the key in section "OMS_DATAMAP" of the OMS INI
-//    (through the application profile).
+//    (read from the file itself, below the application profile).
 // 2. Without a data-map key the connection uses the alias named by the key
 //    itself, as user "sa" with an empty password.
 // 3. With one, the database settings file (GetDatabaseSetting) gives the

@@ -21,6 +21,7 @@
 #include "qalpack/omslib/omsLog.h"
 #include "qalpack/omslib/subMgr.h"
 #include "qalpack/orderdb/DatabaseAccess.h"
+#include "qalpack/orderdb/omsSEHKManuModel.h"
 #include "qalpack/runtime/Exception.h"
 #include "qalpack/runtime/Format.h"
 
@@ -107,9 +108,25 @@ struct UserProfileGlobals
     THelperLauncher launcher;
 };
 
+// The manual trade list's users are the logged-on user's.
+TOMSSEHKManuList::TCurrentUsers currentManuListUsers()
+{
+    TOMSSEHKManuList::TCurrentUsers users;
+    if (const TUserProfile* const profile = TUserProfile::GetInstance()) {
+        const TElHashList<TCustomRecord>& accessible = profile->GetAccessableUser();
+        for (int i = 0; i < accessible.Count(); ++i)
+            users.accessibleUsers << accessible.KeyByIndex(i);
+        users.userNo = profile->UserId();
+    }
+    return users;
+}
+
 UserProfileGlobals& globals()
 {
-    static UserProfileGlobals instance;
+    static UserProfileGlobals instance = [] {
+        TOMSSEHKManuList::SetCurrentUsersSource(currentManuListUsers);
+        return UserProfileGlobals {};
+    }();
     return instance;
 }
 
