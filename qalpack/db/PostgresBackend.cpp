@@ -8,6 +8,7 @@
 #include <libpq-fe.h>
 
 #include "qalpack/db/Backend.h"
+#include "qalpack/db/ValueText.h"
 #include "qalpack/db/DatabaseError.h"
 #include "qalpack/db/Query.h"
 #include "qalpack/omslib/omsLog.h"

@@ -7,6 +7,7 @@
 #include <sqlite3.h>
 
 #include "qalpack/db/Backend.h"
+#include "qalpack/db/ValueText.h"
 #include "qalpack/db/DatabaseError.h"
 #include "qalpack/db/Query.h"
 #include "qalpack/omslib/omsLog.h"
