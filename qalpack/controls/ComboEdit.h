@@ -16,8 +16,8 @@ namespace qal {
 // ButtonClickHandler, which emits buttonClick(). The list never takes the
 // focus from the box, so choosing from it is not leaving the box.
 //
-// Text is the box's value and is stored in forms. CharCase turns what the
-// dealer types (and pastes) into upper or lower case. Enter types nothing.
+// Text is the box's value and is stored in forms. CharCase turns the text,
+// typed, pasted or set, into upper or lower case. Enter types nothing.
 class QALPACK_WIDGETS_EXPORT TComboEdit : public TButtonEdit
 {
     Q_OBJECT
