@@ -30,6 +30,13 @@ bool TOpenCloseSelect::event(QEvent* event)
     const bool handled = QComboBox::event(event);
     if (event->type() == QEvent::ParentChange && parentWidget() != nullptr)
         rebuildItems();
+    // A form written by Designer lists the items once more after the
+    // selector's own; they are dropped before it is first shown, keeping the
+    // form's Value.
+    if (event->type() == QEvent::Polish) {
+        while (count() > 3)
+            removeItem(count() - 1);
+    }
     return handled;
 }
 

@@ -97,13 +97,6 @@ TEST(QuantityEdit, KAndMMultiplyAndWrapAs32BitArithmetic)
     }
 }
 
-TEST(QuantityEdit, WrappingProductIsThe32BitResult)
-{
-    EXPECT_EQ(TQuantityEdit::WrappingProduct(3000000, 1000), -1294967296);
-    EXPECT_EQ(TQuantityEdit::WrappingProduct(INT_MAX, 2), -2);
-    EXPECT_EQ(TQuantityEdit::WrappingProduct(INT_MIN, 1000), 0);
-}
-
 TEST(QuantityEdit, BackspaceAfterASeparatorDeletesTheDigitBeforeIt)
 {
     Form form;
@@ -178,15 +171,6 @@ TEST(QuantityEdit, TheSpinButtonStepsAndTheWheelDoesNot)
         Qt::NoScrollPhase, false);
     QApplication::sendEvent(form.box, &wheel);
     EXPECT_EQ(form.box->text(), u"0");
-}
-
-TEST(QuantityEdit, FormsStoreTheValueAndNotTheText)
-{
-    const QMetaObject* meta = &TQuantityEdit::staticMetaObject;
-    EXPECT_STREQ(meta->userProperty().name(), "Value");
-    EXPECT_FALSE(meta->property(meta->indexOfProperty("text")).isStored());
-    for (const char* name : { "EditorEnabled", "Increment", "LotSize", "MaxValue", "MinValue", "ReadOnly" })
-        EXPECT_GE(meta->indexOfProperty(name), 0) << name;
 }
 
 } // namespace

@@ -120,6 +120,8 @@ TEST(DesignerPlugin, AFormOfEveryControlLoadsWithItsSettings)
 
     auto* openClose = form->findChild<TOpenCloseSelect*>(QStringLiteral("openClose"));
     ASSERT_NE(openClose, nullptr);
+    form->ensurePolished();
+    EXPECT_EQ(openClose->count(), 3) << "the items Designer wrote are not added twice";
     EXPECT_EQ(openClose->GetValue(), 2);
     EXPECT_EQ(openClose->currentText(), u"Close");
 
