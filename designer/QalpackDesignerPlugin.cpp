@@ -6,8 +6,7 @@ namespace qal::designer {
 PaletteWidget::PaletteWidget(TPaletteEntry entry, QObject* parent)
     : QObject(parent)
     , entry_(std::move(entry))
-{
-}
+{ }
 
 QString PaletteWidget::domXml() const
 {

@@ -78,8 +78,7 @@ QChar TButtonEdit::typedChar(const QKeyEvent* event)
 
 TButtonEdit::TButtonEdit(QWidget* parent)
     : QLineEdit(parent)
-{
-}
+{ }
 
 TButtonEdit::~TButtonEdit() = default;
 
@@ -133,7 +132,8 @@ void TButtonEdit::placeButton()
             QStyleOptionFrame option;
             initStyleOption(&option);
             const int frame = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, this);
-            button_->setGeometry(width() - frame - buttonWidth - 1, frame, buttonWidth, height() - 2 * frame - 1);
+            button_->setGeometry(
+                width() - frame - buttonWidth - 1, frame, buttonWidth, height() - 2 * frame - 1);
         } else {
             button_->setGeometry(width() - buttonWidth, 1, buttonWidth, height() - 3);
         }
@@ -202,7 +202,8 @@ bool TButtonEdit::eventFilter(QObject* watched, QEvent* event)
 
 void TButtonEdit::keyPressEvent(QKeyEvent* event)
 {
-    if ((event->matches(QKeySequence::Paste) || event->matches(QKeySequence::Cut)) && !clipboardEditAllowed()) {
+    if ((event->matches(QKeySequence::Paste) || event->matches(QKeySequence::Cut))
+        && !clipboardEditAllowed()) {
         event->accept();
         return;
     }
@@ -243,7 +244,8 @@ void TButtonEdit::contextMenuEvent(QContextMenuEvent* event)
     menu->setAttribute(Qt::WA_DeleteOnClose);
     if (!clipboardEditAllowed()) {
         for (QAction* action : menu->actions()) {
-            if (action->objectName() == QLatin1String("edit-paste") || action->objectName() == QLatin1String("edit-cut"))
+            if (action->objectName() == QLatin1String("edit-paste")
+                || action->objectName() == QLatin1String("edit-cut"))
                 action->setEnabled(false);
         }
     }

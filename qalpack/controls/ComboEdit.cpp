@@ -70,7 +70,8 @@ namespace ComboEdit {
 void Register()
 {
     RegisterComponent({ QString::fromLatin1(PalettePageOMS11), QStringLiteral("qal::TComboEdit"),
-        QStringLiteral("qalpack/controls/ComboEdit.h"), QStringLiteral("Entry box with a drop-down list inside"),
+        QStringLiteral("qalpack/controls/ComboEdit.h"),
+        QStringLiteral("Entry box with a drop-down list inside"),
         [](QWidget* parent) { return new TComboEdit(parent); } });
 }
 

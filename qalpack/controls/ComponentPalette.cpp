@@ -25,8 +25,8 @@ std::vector<TPaletteEntry>& palette()
 void RegisterComponent(TPaletteEntry entry)
 {
     auto& entries = palette();
-    const auto same
-        = std::find_if(entries.begin(), entries.end(), [&](const TPaletteEntry& e) { return e.className == entry.className; });
+    const auto same = std::find_if(entries.begin(), entries.end(),
+        [&](const TPaletteEntry& e) { return e.className == entry.className; });
     if (same != entries.end())
         *same = std::move(entry);
     else

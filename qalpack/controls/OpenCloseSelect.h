@@ -11,7 +11,8 @@
 namespace qal {
 
 // The selector's texts, context "OpenCloseSelect".
-inline constexpr Label resOpenCloseNotSpecify { "OpenCloseSelect", QT_TRANSLATE_NOOP("OpenCloseSelect", "Not Specify") };
+inline constexpr Label resOpenCloseNotSpecify { "OpenCloseSelect",
+    QT_TRANSLATE_NOOP("OpenCloseSelect", "Not Specify") };
 inline constexpr Label resOpenCloseOpen { "OpenCloseSelect", QT_TRANSLATE_NOOP("OpenCloseSelect", "Open") };
 inline constexpr Label resOpenCloseClose { "OpenCloseSelect", QT_TRANSLATE_NOOP("OpenCloseSelect", "Close") };
 

@@ -159,7 +159,8 @@ void TPriceEntryEdit::keyPressEvent(QKeyEvent* event)
 {
     const int key = event->key();
     const bool shift = event->modifiers() & Qt::ShiftModifier;
-    const bool stepKey = key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+    const bool stepKey
+        = key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
     if (key == Qt::Key_Up || key == Qt::Key_Down)
         stepClick(key == Qt::Key_Up ? VK_UP : VK_DOWN, shift ? kFastSteps : 1);
     else if (key == Qt::Key_PageUp || key == Qt::Key_PageDown)

@@ -71,7 +71,8 @@ namespace PrincipalSelect {
 void Register()
 {
     RegisterComponent({ QString::fromLatin1(PalettePageOMS11), QStringLiteral("qal::TPrincipalSelect"),
-        QStringLiteral("qalpack/controls/PrincipalSelect.h"), QStringLiteral("Order principal: client, house or RT"),
+        QStringLiteral("qalpack/controls/PrincipalSelect.h"),
+        QStringLiteral("Order principal: client, house or RT"),
         [](QWidget* parent) { return new TPrincipalSelect(parent); } });
 }
 

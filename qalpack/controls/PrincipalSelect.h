@@ -11,8 +11,10 @@
 namespace qal {
 
 // The selector's texts, context "PrincipalSelect".
-inline constexpr Label resPrincipalNotSpecify { "PrincipalSelect", QT_TRANSLATE_NOOP("PrincipalSelect", "Not Specify") };
-inline constexpr Label resPrincipalClient { "PrincipalSelect", QT_TRANSLATE_NOOP("PrincipalSelect", "Client") };
+inline constexpr Label resPrincipalNotSpecify { "PrincipalSelect",
+    QT_TRANSLATE_NOOP("PrincipalSelect", "Not Specify") };
+inline constexpr Label resPrincipalClient { "PrincipalSelect",
+    QT_TRANSLATE_NOOP("PrincipalSelect", "Client") };
 inline constexpr Label resPrincipalHouse { "PrincipalSelect", QT_TRANSLATE_NOOP("PrincipalSelect", "House") };
 inline constexpr Label resPrincipalRT { "PrincipalSelect", QT_TRANSLATE_NOOP("PrincipalSelect", "RT") };
 

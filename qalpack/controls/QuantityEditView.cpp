@@ -167,7 +167,8 @@ void TQuantityEdit::keyPressEvent(QKeyEvent* event)
 {
     const int key = event->key();
     const bool shift = event->modifiers() & Qt::ShiftModifier;
-    const bool stepKey = key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
+    const bool stepKey
+        = key == Qt::Key_Up || key == Qt::Key_Down || key == Qt::Key_PageUp || key == Qt::Key_PageDown;
     switch (key) {
     case Qt::Key_Up:
     case Qt::Key_Down:

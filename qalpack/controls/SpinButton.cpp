@@ -93,8 +93,8 @@ void TSpinButton::paintEvent(QPaintEvent*)
         QStyleOption arrow;
         arrow.initFrom(this);
         arrow.rect = bevel.rect.adjusted(3, 2, -3, -2);
-        style()->drawPrimitive(
-            half == Half::Up ? QStyle::PE_IndicatorArrowUp : QStyle::PE_IndicatorArrowDown, &arrow, &painter, this);
+        style()->drawPrimitive(half == Half::Up ? QStyle::PE_IndicatorArrowUp : QStyle::PE_IndicatorArrowDown,
+            &arrow, &painter, this);
     }
 }
 
