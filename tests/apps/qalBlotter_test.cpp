@@ -47,8 +47,7 @@ protected:
             QStringLiteral("[OMS_LOCAL]\nAliasFile=aliases.ini\n[OMS_DATAMAP]\nOMSDATA=ORDERS\n"
                            "[ORDERS]\nDSN_Source=OMSDATA\nDSN_user=%1\n")
                 .arg(user()));
-        QFile shipped(
-            QFileInfo(QStringLiteral(__FILE__)).dir().filePath(QStringLiteral("../../config/STORPROC.INI")));
+        QFile shipped(qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config/STORPROC.INI"));
         ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
         write("STORPROC.INI", QString::fromUtf8(shipped.readAll()));
 

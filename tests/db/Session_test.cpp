@@ -118,7 +118,7 @@ TEST_F(SessionTest, OpeningADirectoryAliasOrAnUnknownAliasRaises)
 TEST(ShippedAliases, TheOmsIniLeadsToTheEmbeddedOrderDatabaseAndTheConfigDirectory)
 {
     const QString config
-        = QDir::cleanPath(QFileInfo(QString::fromUtf8(__FILE__)).absolutePath() + "/../../config");
+        = qEnvironmentVariable("QALPACK_SOURCE_DIR") + "/config";
     TSession::Default().LoadAliasesFromOmsIni(config + "/oms.ini");
     EXPECT_EQ(TSession::Default().AliasFile(), config + "/aliases.ini");
     EXPECT_EQ(TSession::Default().GetAliasDriverName("OMSDATA"), "SQLITE");

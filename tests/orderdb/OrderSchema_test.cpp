@@ -37,10 +37,11 @@ using qal::TStoredProc;
 using qal::test::DatabaseTest;
 using qal::test::Driver;
 
-// The shipped configuration directory, found from this source file.
+// The shipped configuration directory of the source tree (the shared test
+// main sets QALPACK_SOURCE_DIR; __FILE__ may be relative under ccache).
 QString configDir()
 {
-    return QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../../config");
+    return qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config");
 }
 
 class OrderSchemaTest : public DatabaseTest

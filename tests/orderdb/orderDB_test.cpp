@@ -119,8 +119,7 @@ protected:
             QStringLiteral("[OMS_DATAMAP]\nOMSDATA=ORDERS\n[ORDERS]\nDSN_Source=TESTDB\nDSN_user=%1\n"
                            "[DOWN]\nDSN_Source=DOWNDB\nDSN_user=%1\n")
                 .arg(user()));
-        QFile shipped(
-            QFileInfo(QStringLiteral(__FILE__)).dir().filePath(QStringLiteral("../../config/STORPROC.INI")));
+        QFile shipped(qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config/STORPROC.INI"));
         ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
         write("STORPROC.INI", QString::fromUtf8(shipped.readAll()));
         savedOmsIni_ = qgetenv("OMS_INI");

@@ -111,7 +111,7 @@ TEST_F(ApplicationProfileTest, LoginModeFollowsTheFirstCharacterOfConnectionMode
 
 TEST_F(ApplicationProfileTest, ShippedConfigurationOpensTheDaysLogNextToTheIniFile)
 {
-    const QString shipped = QDir::cleanPath(QStringLiteral(__FILE__ "/../../../config/oms.ini"));
+    const QString shipped = qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config/oms.ini");
     ASSERT_TRUE(QFile::remove(path(QStringLiteral("oms.ini"))));
     ASSERT_TRUE(QFile::copy(shipped, path(QStringLiteral("oms.ini")))) << shipped.toStdString();
     TQalApplicationProfile::SetDefaultSection(QStringLiteral("QAL"));
