@@ -293,6 +293,11 @@ TUserProfile* TUserProfile::GetInstance()
     return state.current.get();
 }
 
+TUserProfile* TUserProfile::CurrentInstance() noexcept
+{
+    return globals().current.get();
+}
+
 void TUserProfile::setInstance(std::unique_ptr<TUserProfile> profile)
 {
     // Moved out first, so that a profile whose destructor asks for the

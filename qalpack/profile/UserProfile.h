@@ -125,6 +125,10 @@ public:
     // Replaces the profile that GetInstance returns, freeing the one before;
     // nullptr clears it.
     static void setInstance(std::unique_ptr<TUserProfile> profile);
+    // The logged-on user's profile when there is one, else nullptr. Unlike
+    // GetInstance it never asks the host to log on, never logs and never
+    // terminates: controls use it at design time and before log-on.
+    [[nodiscard]] static TUserProfile* CurrentInstance() noexcept;
 
     // The single-logon watch. Stores `suppress`; while it is true updates
     // are ignored. When false:
@@ -239,8 +243,11 @@ public:
     [[nodiscard]] QString getCurrentKeyProfile() const;
     // The colour of `item` in the current colour scheme when it has a
     // non-empty value there, otherwise in "DefaultColor", read as
-    // hexadecimal (HexToInt; written 0xRRGGBB as QColor(QRgb) reads it).
-    // -1 when neither has one, or the text is not hexadecimal.
+    // hexadecimal (HexToInt). The integer keeps the old desks' colour layout,
+    // blue-green-red with red in the low byte (0x00BBGGRR: "0000FF" is red),
+    // so existing profiles show the same colours; the widgets library turns
+    // it into a QColor. -1 when neither has one, or the text is not
+    // hexadecimal.
     [[nodiscard]] int getCustomColor(const QString& item) const;
     // The text of `item` in the current colour scheme; empty when missing.
     [[nodiscard]] QString getCustomColorString(const QString& item) const;
