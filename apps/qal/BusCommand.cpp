@@ -18,6 +18,7 @@
 #endif
 
 #include "qalpack/omslib/FieldMessage.h"
+#include "qalpack/omslib/omsLog.h"
 #include "qalpack/omslib/subMgr.h"
 #include "qalpack/profile/DeskBus.h"
 #include "qalpack/runtime/Exception.h"
@@ -88,6 +89,8 @@ std::unique_ptr<TsubMgr> openBus(const QString& command, QTextStream& err)
 
 int publishAll(const QString& command, const QList<TFieldMessage>& records, QTextStream& out, QTextStream& err)
 {
+    // A one-shot send reports only what went wrong.
+    omsLogSetLevel(omsLogWarning);
     const std::unique_ptr<TsubMgr> bus = openBus(command, err);
     if (!bus)
         return 1;

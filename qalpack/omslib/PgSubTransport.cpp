@@ -251,10 +251,11 @@ struct TPgSubTransport::Private
         connected = true;
         nextDelayMs = 0;
         lastFailure.clear();
-        const QString listening = QStringLiteral("listening on %1 topic(s)").arg(topics.size());
+        const QString listening
+            = topics.isEmpty() ? QString() : QStringLiteral(", listening on %1 topic(s)").arg(topics.size());
         announce(true,
-            everConnected ? QStringLiteral("%1: reconnected, %2").arg(who(), listening)
-                          : QStringLiteral("%1: connected, %2").arg(who(), listening));
+            QStringLiteral("%1: %2%3")
+                .arg(who(), everConnected ? QStringLiteral("reconnected") : QStringLiteral("connected"), listening));
         everConnected = true;
         // Notifications may have come in with the replies above.
         drain();
