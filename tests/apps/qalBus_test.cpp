@@ -287,19 +287,34 @@ TEST_F(QalBus, UsageAndConfigurationErrors)
     EXPECT_TRUE(help.out.contains(u"watch") && help.out.contains(u"logoff")) << help.out.toStdString();
 }
 
-TEST_F(QalBus, WithoutABusAliasTheToolsRefuseRatherThanTalkToNobody)
+TEST_F(QalBus, ABusConfigurationThatReachesNoDeskIsRefused)
 {
+    struct Row
+    {
+        const char* name;
+        QString line;
+        QString err;
+    };
+    const Row rows[] = {
+        { "no bus alias: the in-process bus", QStringLiteral(";BusAlias=DESKBUS"),
+            QStringLiteral("names no desk-wide bus") },
+        { "an unknown alias", QStringLiteral("BusAlias=NOSUCHBUS"), QStringLiteral("\"NOSUCHBUS\", which is not an alias") },
+        { "the embedded database's alias", QStringLiteral("BusAlias=OMSDATA"),
+            QStringLiteral("alias \"OMSDATA\" has driver SQLITE; the desk-wide bus needs a POSTGRES alias") },
+    };
     QFile ini(QFileInfo(environment().value(QStringLiteral("OMS_INI"))).filePath());
     ASSERT_TRUE(ini.open(QIODevice::ReadOnly));
-    QString text = QString::fromUtf8(ini.readAll());
+    const QString original = QString::fromUtf8(ini.readAll());
     ini.close();
-    text.replace(QStringLiteral("BusAlias=DESKBUS"), QStringLiteral(";BusAlias=DESKBUS"));
-    ASSERT_TRUE(ini.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ini.write(text.toUtf8());
-    ini.close();
-    const ToolRun run = qal({ "logoff", "--user", "D001" });
-    EXPECT_EQ(run.exitCode, 1);
-    EXPECT_TRUE(run.err.contains(u"names no desk-wide bus")) << run.err.toStdString();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        ASSERT_TRUE(ini.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        ini.write(QString(original).replace(QStringLiteral("BusAlias=DESKBUS"), row.line).toUtf8());
+        ini.close();
+        const ToolRun run = qal({ "logoff", "--user", "D001" });
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_TRUE(run.err.contains(row.err)) << run.err.toStdString();
+    }
 }
 
 TEST_F(QalBus, TheWatchStillWorksAfterTheServerRestarts)
