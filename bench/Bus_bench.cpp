@@ -114,9 +114,8 @@ int runOursPeer(const QString& pingTopic, const QString& pongTopic)
         received = 0;
         bus.Publish(pong);
     });
-    (void)bus.Subscribe(QStringLiteral("BENCH_QUIT"), [](qal::TSubscription&, const qal::TFieldMessage&) {
-        QCoreApplication::quit();
-    });
+    (void)bus.Subscribe(QStringLiteral("BENCH_QUIT"),
+        [](qal::TSubscription&, const qal::TFieldMessage&) { QCoreApplication::quit(); });
     std::puts("ready");
     std::fflush(stdout);
     return QCoreApplication::exec();
@@ -158,8 +157,8 @@ int runRawPeer(const QString& pingTopic, const QString& pongTopic)
             ++received;
             if (!answer)
                 continue;
-            const std::string payload = "image|" + pong + "|3|" + std::to_string(at) + "|4|"
-                + std::to_string(received) + "|";
+            const std::string payload
+                = "image|" + pong + "|3|" + std::to_string(at) + "|4|" + std::to_string(received) + "|";
             received = 0;
             const char* values[2] = { pong.c_str(), payload.c_str() };
             PQclear(PQexecParams(conn, "select pg_notify($1, $2)", 2, nullptr, values, nullptr, nullptr, 0));
@@ -197,7 +196,10 @@ private:
 QString uniqueTopic(const char* what)
 {
     static int counter = 0;
-    return QStringLiteral("BENCH_%1_%2_%3").arg(QLatin1StringView(what)).arg(QCoreApplication::applicationPid()).arg(++counter);
+    return QStringLiteral("BENCH_%1_%2_%3")
+        .arg(QLatin1StringView(what))
+        .arg(QCoreApplication::applicationPid())
+        .arg(++counter);
 }
 
 void reportLatency(benchmark::State& state, std::vector<double>& oneWayUs)
@@ -219,8 +221,8 @@ struct OursSide
     std::optional<qal::TFieldMessage> answer;
 
     explicit OursSide(const Server& s, const QString& pong)
-        : bus(std::make_unique<qal::TsubMgr>(
-            QStringLiteral("bench"), std::make_unique<qal::TPgSubTransport>(aliasLines(s), QStringLiteral("BENCH"))))
+        : bus(std::make_unique<qal::TsubMgr>(QStringLiteral("bench"),
+            std::make_unique<qal::TPgSubTransport>(aliasLines(s), QStringLiteral("BENCH"))))
     {
         (void)bus->Subscribe(pong, [this](qal::TSubscription&, const qal::TFieldMessage& m) { answer = m; });
     }
@@ -289,7 +291,8 @@ void BusThroughputOurs(benchmark::State& state)
             side.bus->Publish(ping(pingTopic, i, i == kBurst));
         const qal::TFieldMessage answer = side.awaitAnswer();
         if (answer.GetFieldInt(4) != kBurst) {
-            state.SkipWithError(("the peer received " + answer.GetField(4).toStdString() + " records").c_str());
+            state.SkipWithError(
+                ("the peer received " + answer.GetField(4).toStdString() + " records").c_str());
             break;
         }
         records += kBurst;

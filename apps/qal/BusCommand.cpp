@@ -37,11 +37,21 @@ QString jsonString(const QString& text)
     QString quoted = QStringLiteral("\"");
     for (const QChar c : text) {
         switch (c.unicode()) {
-        case u'"': quoted += QStringLiteral("\\\""); break;
-        case u'\\': quoted += QStringLiteral("\\\\"); break;
-        case u'\n': quoted += QStringLiteral("\\n"); break;
-        case u'\r': quoted += QStringLiteral("\\r"); break;
-        case u'\t': quoted += QStringLiteral("\\t"); break;
+        case u'"':
+            quoted += QStringLiteral("\\\"");
+            break;
+        case u'\\':
+            quoted += QStringLiteral("\\\\");
+            break;
+        case u'\n':
+            quoted += QStringLiteral("\\n");
+            break;
+        case u'\r':
+            quoted += QStringLiteral("\\r");
+            break;
+        case u'\t':
+            quoted += QStringLiteral("\\t");
+            break;
         default:
             if (c.unicode() < 0x20)
                 quoted += QStringLiteral("\\u%1").arg(c.unicode(), 4, 16, QLatin1Char('0'));
@@ -56,9 +66,10 @@ QString jsonString(const QString& text)
 // in the record's order.
 QString jsonRecord(const TFieldMessage& message)
 {
-    QString line = QStringLiteral("{\"kind\":%1,\"topic\":%2,\"fields\":{")
-                       .arg(jsonString(message.IsImage() ? QStringLiteral("image") : QStringLiteral("update")),
-                           jsonString(message.Topic()));
+    QString line
+        = QStringLiteral("{\"kind\":%1,\"topic\":%2,\"fields\":{")
+              .arg(jsonString(message.IsImage() ? QStringLiteral("image") : QStringLiteral("update")),
+                  jsonString(message.Topic()));
     bool first = true;
     for (const int tag : message.Tags()) {
         if (!first)
@@ -76,7 +87,8 @@ std::unique_ptr<TsubMgr> openBus(const QString& command, QTextStream& err)
         return nullptr;
     if (DeskBusAlias().isEmpty()) {
         err << "qal " << command
-            << ": the OMS INI names no desk-wide bus ([OMS_LOCAL] BusAlias); the in-process bus reaches no desk\n";
+            << ": the OMS INI names no desk-wide bus ([OMS_LOCAL] BusAlias); the in-process bus reaches no "
+               "desk\n";
         return nullptr;
     }
     try {
@@ -87,7 +99,8 @@ std::unique_ptr<TsubMgr> openBus(const QString& command, QTextStream& err)
     }
 }
 
-int publishAll(const QString& command, const QList<TFieldMessage>& records, QTextStream& out, QTextStream& err)
+int publishAll(
+    const QString& command, const QList<TFieldMessage>& records, QTextStream& out, QTextStream& err)
 {
     // A one-shot send reports only what went wrong.
     omsLogSetLevel(omsLogWarning);
@@ -127,10 +140,11 @@ int runWatch(const QStringList& arguments, QTextStream& out, QTextStream& err)
         "Prints every record arriving on the topics from the desk-wide bus, one per line in the text form\n"
         "(image|USER_D001|13|D001|...|), until interrupted. The bus is [OMS_LOCAL] BusAlias of OMS_INI,\n"
         "else of config/oms.ini next to the tool."));
-    parser.addPositionalArgument(QStringLiteral("topic"), QStringLiteral("A topic to watch (USER_D001)."),
-        QStringLiteral("TOPIC..."));
+    parser.addPositionalArgument(
+        QStringLiteral("topic"), QStringLiteral("A topic to watch (USER_D001)."), QStringLiteral("TOPIC..."));
     const QCommandLineOption json(QStringLiteral("json"),
-        QStringLiteral("One JSON object a line: {\"kind\":\"image\",\"topic\":...,\"fields\":{\"13\":...}}."));
+        QStringLiteral(
+            "One JSON object a line: {\"kind\":\"image\",\"topic\":...,\"fields\":{\"13\":...}}."));
     const QCommandLineOption count(
         QStringLiteral("count"), QStringLiteral("Stop after N records."), QStringLiteral("N"));
     const QCommandLineOption help(
@@ -209,8 +223,8 @@ int runPublish(const QStringList& arguments, QTextStream& out, QTextStream& err)
         "the topic, then tag and value pairs, every field followed by \"|\":\n"
         "  qal publish 'image|USER_D001|5|-1|25|Desk closed by support|'\n"
         "The bus is [OMS_LOCAL] BusAlias of OMS_INI, else of config/oms.ini next to the tool."));
-    parser.addPositionalArgument(
-        QStringLiteral("record"), QStringLiteral("A record, published in the order given."), QStringLiteral("RECORD..."));
+    parser.addPositionalArgument(QStringLiteral("record"),
+        QStringLiteral("A record, published in the order given."), QStringLiteral("RECORD..."));
     const QCommandLineOption help(
         { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
     parser.addOptions({ help });
@@ -247,8 +261,8 @@ int runLogoff(const QStringList& arguments, QTextStream& out, QTextStream& err)
         "given) and closes."));
     const QCommandLineOption user(
         QStringLiteral("user"), QStringLiteral("The user id (User_File.User_No)."), QStringLiteral("ID"));
-    const QCommandLineOption message(QStringLiteral("message"),
-        QStringLiteral("What the desks show (no \"|\")."), QStringLiteral("TEXT"));
+    const QCommandLineOption message(
+        QStringLiteral("message"), QStringLiteral("What the desks show (no \"|\")."), QStringLiteral("TEXT"));
     const QCommandLineOption help(
         { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
     parser.addOptions({ user, message, help });

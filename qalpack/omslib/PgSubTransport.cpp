@@ -25,7 +25,8 @@ namespace {
 // any other line is a libpq keyword in lower case with '_' for blanks.
 QByteArray keywordFor(const QString& name)
 {
-    const auto is = [&name](QStringView expected) { return name.compare(expected, Qt::CaseInsensitive) == 0; };
+    const auto is
+        = [&name](QStringView expected) { return name.compare(expected, Qt::CaseInsensitive) == 0; };
     if (is(u"HOST") || is(u"SERVER NAME"))
         return "host";
     if (is(u"DATABASE") || is(u"DATABASE NAME"))
@@ -186,7 +187,8 @@ struct TPgSubTransport::Private
         retireNotifier();
         const auto type = pollState == PGRES_POLLING_READING ? QSocketNotifier::Read : QSocketNotifier::Write;
         notifier = std::make_unique<QSocketNotifier>(PQsocket(conn), type);
-        QObject::connect(notifier.get(), &QSocketNotifier::activated, &context, [this] { continueConnect(); });
+        QObject::connect(
+            notifier.get(), &QSocketNotifier::activated, &context, [this] { continueConnect(); });
     }
 
     void continueConnect()
@@ -208,7 +210,8 @@ struct TPgSubTransport::Private
         const bool news = why != lastFailure;
         lastFailure = why;
         if (!everConnected && nextDelayMs == 0)
-            announce(false, QStringLiteral("%1: cannot connect: %2; retrying in the background").arg(who(), why));
+            announce(
+                false, QStringLiteral("%1: cannot connect: %2; retrying in the background").arg(who(), why));
         else if (news)
             omsLogMsg(QStringLiteral("%1: reconnection failed: %2").arg(who(), why), omsLogDebug);
         scheduleReconnect();
@@ -255,7 +258,8 @@ struct TPgSubTransport::Private
             = topics.isEmpty() ? QString() : QStringLiteral(", listening on %1 topic(s)").arg(topics.size());
         announce(true,
             QStringLiteral("%1: %2%3")
-                .arg(who(), everConnected ? QStringLiteral("reconnected") : QStringLiteral("connected"), listening));
+                .arg(who(), everConnected ? QStringLiteral("reconnected") : QStringLiteral("connected"),
+                    listening));
         everConnected = true;
         // Notifications may have come in with the replies above.
         drain();
@@ -347,13 +351,15 @@ TPgSubTransport::TPgSubTransport(const QStringList& params, const QString& busNa
         const qsizetype equals = line.indexOf(u'=');
         const QString name = line.left(equals).trimmed();
         if (equals < 0 || name.isEmpty())
-            throw Error(QStringLiteral("Desk bus %1: connection line \"%2\" is not name=value").arg(busName, line));
+            throw Error(
+                QStringLiteral("Desk bus %1: connection line \"%2\" is not name=value").arg(busName, line));
         d_->setParam(keywordFor(name), line.mid(equals + 1).trimmed().toUtf8());
     }
     d_->setParam("client_encoding", "UTF8");
 
     d_->reconnectTimer.setSingleShot(true);
-    QObject::connect(&d_->reconnectTimer, &QTimer::timeout, &d_->context, [d = d_.get()] { d->startConnect(); });
+    QObject::connect(
+        &d_->reconnectTimer, &QTimer::timeout, &d_->context, [d = d_.get()] { d->startConnect(); });
     d_->connectDeadline.setSingleShot(true);
     QObject::connect(&d_->connectDeadline, &QTimer::timeout, &d_->context, [d = d_.get()] {
         d->attemptFailed(QStringLiteral("no answer within %1 ms").arg(d->options.connectTimeoutMs));
@@ -449,7 +455,8 @@ void TPgSubTransport::Publish(const TFieldMessage& message)
                                    "gone out: %3")
                         .arg(d_->who(), message.Topic(), why));
     }
-    throw Error(QStringLiteral("%1: the server refused the record for %2: %3").arg(d_->who(), message.Topic(), why));
+    throw Error(
+        QStringLiteral("%1: the server refused the record for %2: %3").arg(d_->who(), message.Topic(), why));
 }
 
 bool TPgSubTransport::IsConnected() const noexcept
@@ -467,8 +474,7 @@ QByteArray TPgSubTransport::ChannelName(const QString& topic)
     QByteArray bytes = topic.toUtf8();
     if (bytes.size() <= kMaxChannelBytes && !bytes.contains('\0'))
         return bytes;
-    const QByteArray digest
-        = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex().left(16);
+    const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Sha1).toHex().left(16);
     // Room for the prefix: the limit less "#" and the digest.
     qsizetype cut = kMaxChannelBytes - 1 - digest.size();
     // Never split a character: step back over UTF-8 continuation bytes.

@@ -14,7 +14,9 @@ QString DeskBusAlias()
 {
     if (omsIniPath().isEmpty())
         return {};
-    return omsIniFile().ReadString(QStringLiteral("OMS_LOCAL"), QStringLiteral("BusAlias"), QString()).trimmed();
+    return omsIniFile()
+        .ReadString(QStringLiteral("OMS_LOCAL"), QStringLiteral("BusAlias"), QString())
+        .trimmed();
 }
 
 std::unique_ptr<TsubMgr> OpenDeskBus(const QString& name, TPgBusOptions options)
@@ -24,13 +26,15 @@ std::unique_ptr<TsubMgr> OpenDeskBus(const QString& name, TPgBusOptions options)
         return std::make_unique<TsubMgr>(name);
     TSession& session = TSession::Default();
     if (!session.IsAlias(alias))
-        throw Error(QStringLiteral("Desk bus: [OMS_LOCAL] BusAlias names \"%1\", which is not an alias of %2")
-                        .arg(alias, session.AliasFile().isEmpty() ? QStringLiteral("the session")
-                                                                   : session.AliasFile()));
+        throw Error(
+            QStringLiteral("Desk bus: [OMS_LOCAL] BusAlias names \"%1\", which is not an alias of %2")
+                .arg(alias,
+                    session.AliasFile().isEmpty() ? QStringLiteral("the session") : session.AliasFile()));
     const QString driver = session.GetAliasDriverName(alias);
     if (driver != u"POSTGRES")
-        throw Error(QStringLiteral("Desk bus: alias \"%1\" has driver %2; the desk-wide bus needs a POSTGRES alias")
-                        .arg(alias, driver));
+        throw Error(
+            QStringLiteral("Desk bus: alias \"%1\" has driver %2; the desk-wide bus needs a POSTGRES alias")
+                .arg(alias, driver));
     return std::make_unique<TsubMgr>(
         name, std::make_unique<TPgSubTransport>(session.AliasParams(alias), alias, std::move(options)));
 }

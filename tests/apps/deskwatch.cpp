@@ -42,18 +42,17 @@ int main(int argc, char** argv)
                 shown.last() = u'"' + shown.last() + u'"';
             out << "helper " << QFileInfo(program).fileName() << ' ' << shown.join(u' ') << Qt::endl;
         });
-        qal::TUserProfile::SetCustomLogin(
-            [userId](QString& id, QString&, QString&, QString&, QString&) {
-                id = userId;
-                return true;
-            });
+        qal::TUserProfile::SetCustomLogin([userId](QString& id, QString&, QString&, QString&, QString&) {
+            id = userId;
+            return true;
+        });
         qal::TUserProfile* profile = qal::TUserProfile::GetInstance();
         profile->setInstanceId(parser.value(instance));
         profile->setPublisher(qal::TsubMgr::last());
         QObject::connect(profile, &qal::TUserProfile::logoff, [&out] { out << "logoff" << Qt::endl; });
         profile->setDuplicateLogon(false);
-        (void)bus->Subscribe(QStringLiteral("USER_") + userId,
-            [&out](qal::TSubscription&, const qal::TFieldMessage& message) {
+        (void)bus->Subscribe(
+            QStringLiteral("USER_") + userId, [&out](qal::TSubscription&, const qal::TFieldMessage& message) {
                 out << "heard " << message.ToString() << Qt::endl;
             });
         out << "ready" << Qt::endl;

@@ -102,7 +102,8 @@ protected:
         if (!server_)
             GTEST_SKIP() << "*** PostgreSQL server tests skipped: " << whyNot << " ***";
         ASSERT_TRUE(desk_.isValid());
-        const QDir shipped(QFileInfo(QStringLiteral(QAL_TOOL_PATH)).absolutePath() + QStringLiteral("/config"));
+        const QDir shipped(
+            QFileInfo(QStringLiteral(QAL_TOOL_PATH)).absolutePath() + QStringLiteral("/config"));
         for (const QString& name : shipped.entryList(QDir::Files))
             ASSERT_TRUE(QFile::copy(shipped.filePath(name), desk_.filePath(name))) << name.toStdString();
         const ToolRun init = qal({ "db", "init", "--sample" });
@@ -115,9 +116,10 @@ protected:
     {
         QFile aliases(desk_.filePath(QStringLiteral("aliases.ini")));
         ASSERT_TRUE(aliases.open(QIODevice::Append));
-        aliases.write(QStringLiteral("\n[DESKBUS]\nDRIVER=POSTGRES\nHOST=%1\nPORT=%2\nDATABASE=%3\nUSER NAME=%4\n")
-                          .arg(server_->host, server_->port, server_->dbname, server_->user)
-                          .toUtf8());
+        aliases.write(
+            QStringLiteral("\n[DESKBUS]\nDRIVER=POSTGRES\nHOST=%1\nPORT=%2\nDATABASE=%3\nUSER NAME=%4\n")
+                .arg(server_->host, server_->port, server_->dbname, server_->user)
+                .toUtf8());
         aliases.close();
         QFile ini(desk_.filePath(QStringLiteral("oms.ini")));
         ASSERT_TRUE(ini.open(QIODevice::ReadOnly));
@@ -152,7 +154,8 @@ protected:
 
     std::unique_ptr<Running> startQal(const QStringList& arguments)
     {
-        return std::make_unique<Running>(QStringLiteral(QAL_TOOL_PATH), arguments, environment(), desk_.path());
+        return std::make_unique<Running>(
+            QStringLiteral(QAL_TOOL_PATH), arguments, environment(), desk_.path());
     }
 
     // A desk of `user` logged on from `computer` as `instance`, its watch on.
@@ -161,7 +164,8 @@ protected:
         auto desk = std::make_unique<Running>(QStringLiteral(QAL_DESKWATCH_PATH),
             QStringList { QStringLiteral("--user"), user, QStringLiteral("--instance"), instance },
             environment(computer), desk_.path());
-        EXPECT_TRUE(desk->waitFor(QStringLiteral("ready\n"))) << desk->out().toStdString() << desk->err().toStdString();
+        EXPECT_TRUE(desk->waitFor(QStringLiteral("ready\n")))
+            << desk->out().toStdString() << desk->err().toStdString();
         return desk;
     }
 
@@ -237,7 +241,8 @@ TEST_F(QalBus, QalLogoffEndsEveryDeskOfTheUserWithItsMessage)
         EXPECT_TRUE(sent.out.startsWith(u"sent image|USER_D001|13|D001|5|-1|25|")) << sent.out.toStdString();
         ASSERT_TRUE(desk->finish());
         EXPECT_EQ(desk->exitCode(), 1);
-        EXPECT_TRUE(desk->out().contains(QStringLiteral("helper msgpopup -ie -t Halvex -m \"%1\"\nlogoff\n").arg(row.shown)))
+        EXPECT_TRUE(desk->out().contains(
+            QStringLiteral("helper msgpopup -ie -t Halvex -m \"%1\"\nlogoff\n").arg(row.shown)))
             << desk->out().toStdString();
         EXPECT_TRUE(stillOn(*otherUser, QStringLiteral("D002")));
     }
@@ -247,7 +252,8 @@ TEST_F(QalBus, QalWatchPrintsEveryRecordOnItsTopicsAsTextOrJson)
 {
     auto text = startQal({ "watch", "--count", "2", "USER_D001", "USER_D002" });
     auto json = startQal({ "watch", "--json", "--count", "1", "USER_D002" });
-    ASSERT_TRUE(text->waitFor(QStringLiteral("watching USER_D001 USER_D002 on bus DESKBUS"), true)) << text->err().toStdString();
+    ASSERT_TRUE(text->waitFor(QStringLiteral("watching USER_D001 USER_D002 on bus DESKBUS"), true))
+        << text->err().toStdString();
     ASSERT_TRUE(json->waitFor(QStringLiteral("watching"), true)) << json->err().toStdString();
 
     const ToolRun sent = qal({ "publish", "image|USER_D003|13|D003|", "image|USER_D001|13|D001|10|PC-A|",
@@ -255,10 +261,12 @@ TEST_F(QalBus, QalWatchPrintsEveryRecordOnItsTopicsAsTextOrJson)
     ASSERT_EQ(sent.exitCode, 0) << sent.err.toStdString();
     ASSERT_TRUE(text->finish());
     EXPECT_EQ(text->exitCode(), 0);
-    EXPECT_EQ(text->out(), QStringLiteral("image|USER_D001|13|D001|10|PC-A|\nupdate|USER_D002|25|港股 \"quoted\"|\n"));
+    EXPECT_EQ(text->out(),
+        QStringLiteral("image|USER_D001|13|D001|10|PC-A|\nupdate|USER_D002|25|港股 \"quoted\"|\n"));
     ASSERT_TRUE(json->finish());
     EXPECT_EQ(json->out(),
-        QStringLiteral("{\"kind\":\"update\",\"topic\":\"USER_D002\",\"fields\":{\"25\":\"港股 \\\"quoted\\\"\"}}\n"));
+        QStringLiteral(
+            "{\"kind\":\"update\",\"topic\":\"USER_D002\",\"fields\":{\"25\":\"港股 \\\"quoted\\\"\"}}\n"));
 }
 
 TEST_F(QalBus, UsageAndConfigurationErrors)
@@ -298,7 +306,8 @@ TEST_F(QalBus, ABusConfigurationThatReachesNoDeskIsRefused)
     const Row rows[] = {
         { "no bus alias: the in-process bus", QStringLiteral(";BusAlias=DESKBUS"),
             QStringLiteral("names no desk-wide bus") },
-        { "an unknown alias", QStringLiteral("BusAlias=NOSUCHBUS"), QStringLiteral("\"NOSUCHBUS\", which is not an alias") },
+        { "an unknown alias", QStringLiteral("BusAlias=NOSUCHBUS"),
+            QStringLiteral("\"NOSUCHBUS\", which is not an alias") },
         { "the embedded database's alias", QStringLiteral("BusAlias=OMSDATA"),
             QStringLiteral("alias \"OMSDATA\" has driver SQLITE; the desk-wide bus needs a POSTGRES alias") },
     };
@@ -324,22 +333,26 @@ TEST_F(QalBus, TheWatchStillWorksAfterTheServerRestarts)
         GTEST_SKIP() << "*** server restart skipped: QALPACK_PG_CTL is not set (scripts/pg.sh sets it) ***";
     auto first = logOn(QStringLiteral("D001"), QStringLiteral("desk-1"), QStringLiteral("PC-A"));
 
-    QStringList command { pgCtl, QStringLiteral("-D"), qEnvironmentVariable("QALPACK_PG_DATA"), QStringLiteral("-l"),
-        qEnvironmentVariable("QALPACK_PG_LOG"), QStringLiteral("-w"), QStringLiteral("-t"), QStringLiteral("60"),
-        QStringLiteral("restart"), QStringLiteral("-m"), QStringLiteral("fast") };
+    QStringList command { pgCtl, QStringLiteral("-D"), qEnvironmentVariable("QALPACK_PG_DATA"),
+        QStringLiteral("-l"), qEnvironmentVariable("QALPACK_PG_LOG"), QStringLiteral("-w"),
+        QStringLiteral("-t"), QStringLiteral("60"), QStringLiteral("restart"), QStringLiteral("-m"),
+        QStringLiteral("fast") };
     if (const QString runAs = qEnvironmentVariable("QALPACK_PG_RUNAS"); !runAs.isEmpty())
-        command = QStringList { QStringLiteral("runuser"), QStringLiteral("-u"), runAs, QStringLiteral("--") } + command;
+        command = QStringList { QStringLiteral("runuser"), QStringLiteral("-u"), runAs, QStringLiteral("--") }
+            + command;
     QProcess restart;
     restart.start(command.takeFirst(), command);
     ASSERT_TRUE(restart.waitForFinished(90000));
     ASSERT_EQ(restart.exitCode(), 0) << restart.readAllStandardError().toStdString();
 
     EXPECT_TRUE(first->waitFor(QStringLiteral("connection lost"), true)) << first->err().toStdString();
-    ASSERT_TRUE(first->waitFor(QStringLiteral("reconnected, listening on 1 topic"), true)) << first->err().toStdString();
+    ASSERT_TRUE(first->waitFor(QStringLiteral("reconnected, listening on 1 topic"), true))
+        << first->err().toStdString();
     auto second = logOn(QStringLiteral("D001"), QStringLiteral("desk-1"), QStringLiteral("PC-B"));
     ASSERT_TRUE(first->finish());
     EXPECT_EQ(first->exitCode(), 1);
-    EXPECT_TRUE(first->out().contains(u"Someone else is logon as D001 from machine PC-B")) << first->out().toStdString();
+    EXPECT_TRUE(first->out().contains(u"Someone else is logon as D001 from machine PC-B"))
+        << first->out().toStdString();
 }
 
 } // namespace

@@ -196,13 +196,15 @@ TEST_F(PgSubTransportTest, ARecordTooLargeForOneNotificationIsRefusedWhole)
     ASSERT_EQ(fits.ToString().toUtf8().size(), TPgSubTransport::kMaxRecordBytes);
     desk->Publish(fits);
     // One byte more, made of a three-byte character: counted in bytes.
-    const TFieldMessage tooBig = record(t, QString(TPgSubTransport::kMaxRecordBytes - overhead - 2, u'x') + QChar(0x6E2F));
+    const TFieldMessage tooBig
+        = record(t, QString(TPgSubTransport::kMaxRecordBytes - overhead - 2, u'x') + QChar(0x6E2F));
     try {
         desk->Publish(tooBig);
         FAIL() << "an 8000-byte record was sent";
     } catch (const Error& error) {
         EXPECT_TRUE(error.message().contains(QStringLiteral("8000 bytes"))) << error.message().toStdString();
-        EXPECT_TRUE(error.message().contains(QStringLiteral("at most 7999"))) << error.message().toStdString();
+        EXPECT_TRUE(error.message().contains(QStringLiteral("at most 7999")))
+            << error.message().toStdString();
     }
     ASSERT_TRUE(QTest::qWaitFor([&] { return !heard.isEmpty(); }, 5000));
     QTest::qWait(100);
@@ -247,19 +249,22 @@ TEST_F(PgSubTransportTest, APublishWhileDownThrowsAndTheDeskKeepsItsSubscription
     };
     // A loopback port where nothing listens.
     TsubMgr desk(QStringLiteral("desk"),
-        std::make_unique<TPgSubTransport>(
-            QStringList { QStringLiteral("HOST=127.0.0.1"), QStringLiteral("PORT=1"), QStringLiteral("DATABASE=x") },
+        std::make_unique<TPgSubTransport>(QStringList { QStringLiteral("HOST=127.0.0.1"),
+                                              QStringLiteral("PORT=1"), QStringLiteral("DATABASE=x") },
             QStringLiteral("DOWNBUS"), std::move(options)));
     ASSERT_EQ(events.size(), 1);
-    EXPECT_TRUE(events.first().startsWith(QStringLiteral("down Desk bus DOWNBUS (127.0.0.1:1/x): cannot connect")))
+    EXPECT_TRUE(
+        events.first().startsWith(QStringLiteral("down Desk bus DOWNBUS (127.0.0.1:1/x): cannot connect")))
         << events.first().toStdString();
 
-    EXPECT_NO_THROW((void)desk.Subscribe(topic(QStringLiteral("USER_D001")), [](TSubscription&, const TFieldMessage&) {}));
+    EXPECT_NO_THROW((void)desk.Subscribe(
+        topic(QStringLiteral("USER_D001")), [](TSubscription&, const TFieldMessage&) {}));
     try {
         desk.Publish(record(topic(QStringLiteral("USER_D001")), QStringLiteral("x")));
         FAIL() << "published while down";
     } catch (const Error& error) {
-        EXPECT_TRUE(error.message().contains(QStringLiteral("not connected"))) << error.message().toStdString();
+        EXPECT_TRUE(error.message().contains(QStringLiteral("not connected")))
+            << error.message().toStdString();
     }
     // Attempts go on in the background without blocking the event loop.
     QTest::qWait(300);
