@@ -43,8 +43,9 @@ struct TPgBusOptions
 // timeout (10 s unless the lines say otherwise); when that fails, or later
 // when the connection drops, the failure is logged and the transport
 // reconnects in the background (a timer and socket notifiers on the event
-// loop, never a blocking wait), listens again on every topic and logs that
-// it is back. Records published while the connection is down are refused
+// loop, never a blocking wait; only a host name's look-up goes through the
+// system's resolver, which may block: give HOSTADDR to spare it), listens
+// again on every topic and logs that it is back. Records published while the connection is down are refused
 // (Publish throws); records sent by others meanwhile are not received. No
 // record is delivered twice.
 //
