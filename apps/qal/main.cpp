@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "apps/qal/BlotterCommand.h"
+#include "apps/qal/BusCommand.h"
 #include "apps/qal/DbCommand.h"
 #include "apps/qal/DecodeCommand.h"
 #include "apps/qal/SaveCommand.h"
@@ -25,6 +26,9 @@ Commands:
   blotter  load orders, exchange orders or trades and show them as a blotter
   save     save a new order given as a tagged message
   whoami   show what the library knows of a user
+  watch    print the records arriving on topics of the desk-wide bus (watch TOPIC... [--json])
+  publish  publish records on the desk-wide bus, in text form: qal publish 'image|USER_D001|13|D001|'
+  logoff   force a user's desks off (logoff --user ID [--message TEXT])
 
 Run "qal help <command>" (or "qal <command> --help") for a command's options,
 "qal --version" for the version of the tool and of the library it loaded.
@@ -69,6 +73,12 @@ int main(int argc, char** argv)
         return qal::tool::runSave(arguments, out, err);
     if (command == u"whoami")
         return qal::tool::runWhoami(arguments, out, err);
+    if (command == u"watch")
+        return qal::tool::runWatch(arguments, out, err);
+    if (command == u"publish")
+        return qal::tool::runPublish(arguments, out, err);
+    if (command == u"logoff")
+        return qal::tool::runLogoff(arguments, out, err);
     err << "qal: unknown command \"" << command << "\"\n" << kUsage;
     return 2;
 }
