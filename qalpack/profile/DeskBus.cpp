@@ -6,6 +6,7 @@
 #include "qalpack/db/Session.h"
 #include "qalpack/omslib/omsIniFile.h"
 #include "qalpack/omslib/subMgr.h"
+#include "qalpack/profile/UserProfile.h"
 #include "qalpack/runtime/Exception.h"
 
 namespace qal {
@@ -19,7 +20,9 @@ QString DeskBusAlias()
         .trimmed();
 }
 
-std::unique_ptr<TsubMgr> OpenDeskBus(const QString& name, TPgBusOptions options)
+namespace {
+
+std::unique_ptr<TsubMgr> openManager(const QString& name, TPgBusOptions options)
 {
     const QString alias = DeskBusAlias();
     if (alias.isEmpty())
@@ -37,6 +40,15 @@ std::unique_ptr<TsubMgr> OpenDeskBus(const QString& name, TPgBusOptions options)
                 .arg(alias, driver));
     return std::make_unique<TsubMgr>(
         name, std::make_unique<TPgSubTransport>(session.AliasParams(alias), alias, std::move(options)));
+}
+
+} // namespace
+
+std::unique_ptr<TsubMgr> OpenDeskBus(const QString& name, TPgBusOptions options)
+{
+    std::unique_ptr<TsubMgr> manager = openManager(name, std::move(options));
+    TUserProfile::SetDefaultPublisher(manager.get());
+    return manager;
 }
 
 } // namespace qal

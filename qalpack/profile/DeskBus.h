@@ -24,9 +24,9 @@ class TsubMgr;
 // and before the user logs on. It becomes TsubMgr::last(), so the
 // single-logon watch of TUserProfile and every other component that hears
 // live data use it without further set-up. The caller owns it and keeps it
-// for the life of the desk. The watch's announcement of this logon, which
-// ends the same desk elsewhere, goes out through the profile's publisher:
-// attach it with setPublisher(TsubMgr::last()) before setDuplicateLogon.
+// for the life of the desk. It is also the default publisher of the user
+// profiles (TUserProfile::SetDefaultPublisher), so the watch's announcement
+// of a logon, which ends the same desk elsewhere, goes out on it too.
 //
 // With a BusAlias, the manager runs on a TPgSubTransport over the parameter
 // lines of that alias in the session's alias file (TSession::Default()),

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QPointer>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QThread>
@@ -106,6 +107,7 @@ struct UserProfileGlobals
     TCustomLogin login;
     TTerminateHook terminate;
     THelperLauncher launcher;
+    QPointer<TsubMgr> defaultPublisher;
 };
 
 // The manual trade list's users are the logged-on user's.
@@ -311,11 +313,11 @@ void TUserProfile::setDuplicateLogon(bool suppress)
     if (suppress)
         return;
     TsubMgr* manager = subscriptionManager();
-    if (publisher_) {
+    if (TsubMgr* const publisher = publisher_ ? publisher_.data() : globals().defaultPublisher.data()) {
         const QString announcement = Format(QStringLiteral("image|USER_%s|%d|%s|%d|%s|%d|%s|%d|%s|"),
             { userId_, kTagUserId, userId_, kTagManager, manager != nullptr ? manager->Name() : QString(),
                 kTagComputer, netInfo_->ComputerName(), kTagInstance, instanceId_ });
-        publisher_->PublishText(cp950::encode(announcement));
+        publisher->PublishText(cp950::encode(announcement));
     }
     if (subscribedOn_)
         return;
@@ -364,6 +366,11 @@ TsubMgr* TUserProfile::subscriptionManager() const
 bool TUserProfile::isMine(const QString& userId) const
 {
     return userId == userId_;
+}
+
+void TUserProfile::SetDefaultPublisher(TsubMgr* publisher)
+{
+    globals().defaultPublisher = publisher;
 }
 
 void TUserProfile::setPublisher(TsubMgr* publisher)

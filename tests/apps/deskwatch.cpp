@@ -48,7 +48,6 @@ int main(int argc, char** argv)
         });
         qal::TUserProfile* profile = qal::TUserProfile::GetInstance();
         profile->setInstanceId(parser.value(instance));
-        profile->setPublisher(qal::TsubMgr::last());
         QObject::connect(profile, &qal::TUserProfile::logoff, [&out] { out << "logoff" << Qt::endl; });
         profile->setDuplicateLogon(false);
         (void)bus->Subscribe(

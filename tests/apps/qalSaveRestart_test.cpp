@@ -33,7 +33,10 @@ bool restartServer(std::string& output)
     const QString pgCtl = qEnvironmentVariable("QALPACK_PG_CTL");
     const QString data = qEnvironmentVariable("QALPACK_PG_DATA");
     const QString runAs = qEnvironmentVariable("QALPACK_PG_RUNAS");
-    QStringList command { pgCtl, "-D", data, "restart", "-m", "fast", "-w", "-t", "60" };
+    // The server's output goes to its log, never to this test's pipe: a
+    // server left writing into a closed pipe would not outlive the test.
+    QStringList command { pgCtl, "-D", data, "-l", qEnvironmentVariable("QALPACK_PG_LOG"), "restart", "-m",
+        "fast", "-w", "-t", "60" };
     if (!runAs.isEmpty())
         command = QStringList { "runuser", "-u", runAs, "--" } + command;
     QProcess process;
