@@ -63,9 +63,12 @@ Cell text(const QString& value)
     return { value, value };
 }
 
+// Prices are kept in long double and read from the database through it, so
+// 112.3 may come back as 112.30000000000001; the JSON value is rounded to the
+// six decimals order messages carry, which gives the price as entered.
 Cell price(long double value)
 {
-    return { FixedText(double(value), 3), double(value) };
+    return { FixedText(double(value), 3), QString::number(double(value), 'f', 6).toDouble() };
 }
 
 Cell number(int value)

@@ -253,8 +253,9 @@ TEST_F(QalCommandLine, BlotterJsonCarriesEachRecordOfTheCsvView)
             ASSERT_EQ(cells.size(), c.keys.size()) << rows[r].toStdString();
             for (qsizetype k = 0; k < c.keys.size(); ++k) {
                 const QJsonValue value = record[c.keys[k]];
+                // Exactly: a price is the price entered, not 112.30000000000001.
                 if (value.isDouble())
-                    EXPECT_DOUBLE_EQ(value.toDouble(), cells[k].toDouble()) << c.keys[k].toStdString();
+                    EXPECT_EQ(value.toDouble(), cells[k].toDouble()) << c.keys[k].toStdString();
                 else
                     EXPECT_EQ(value.toString(), cells[k]) << c.keys[k].toStdString();
             }
