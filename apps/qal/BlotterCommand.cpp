@@ -182,8 +182,9 @@ Table ordersTable(const Blotter& blotter)
     Table table { QStringLiteral("TomsOrder"),
         { { "Order No", "orderNo" }, { "Account", "account" }, { "Side", "side" }, { "Symbol", "symbol" },
             { "Qty", "quantity", true }, { "Price", "price", true }, { "Status", "status" },
-            { "Filled", "fillQty", true }, { "Remaining", "remainingQty", true }, { "Queued", "queueQty", true },
-            { "Exch", "exchange" }, { "Created", "created" }, { "Remark", "remark" } },
+            { "Filled", "fillQty", true }, { "Remaining", "remainingQty", true },
+            { "Queued", "queueQty", true }, { "Exch", "exchange" }, { "Created", "created" },
+            { "Remark", "remark" } },
         {} };
     for (const auto& o : blotter.orders) {
         table.rows.push_back({ text(o->OmsOrder_No), text(o->Account), text(o->GetBuySellText()),
@@ -219,9 +220,9 @@ Table tradesTable(const Blotter& blotter)
             { "Status", "status" }, { "Type", "tradeType" }, { "Exch", "exchange" }, { "Time", "time" } },
         {} };
     for (const auto& t : blotter.trades) {
-        table.rows.push_back({ text(t->Order_No), text(t->Exch_No), text(t->Account), text(t->GetBuySellText()),
-            text(t->Symbol), number(t->Fill_Qty), price(t->Fill_Price), text(t->statusMessage()),
-            text(t->getTradeType()), text(t->Exch), text(t->EXE_Time) });
+        table.rows.push_back({ text(t->Order_No), text(t->Exch_No), text(t->Account),
+            text(t->GetBuySellText()), text(t->Symbol), number(t->Fill_Qty), price(t->Fill_Price),
+            text(t->statusMessage()), text(t->getTradeType()), text(t->Exch), text(t->EXE_Time) });
     }
     return table;
 }
@@ -325,7 +326,8 @@ int runBlotter(const QStringList& arguments, QTextStream& out, QTextStream& err)
         QStringLiteral("json"), QStringLiteral("One JSON object per order, exchange order or trade."));
     parser.addOptions({ exch, trades, user, exchange, csv, json });
 
-    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("blotter"), arguments, out, err))
+    if (const std::optional<int> done
+        = parseCommandLine(parser, QStringLiteral("blotter"), arguments, out, err))
         return *done;
     if (!parser.positionalArguments().isEmpty()) {
         err << "qal blotter: unexpected argument \"" << parser.positionalArguments().first() << "\"\n";
@@ -355,8 +357,8 @@ int runBlotter(const QStringList& arguments, QTextStream& out, QTextStream& err)
     for (const QString& name : parser.values(exchange)) {
         const std::optional<QString> code = exchangeCode(name);
         if (!code) {
-            err << "qal blotter: unknown exchange \"" << name << "\" (known: "
-                << knownExchanges().join(QStringLiteral(", ")) << ")\n";
+            err << "qal blotter: unknown exchange \"" << name
+                << "\" (known: " << knownExchanges().join(QStringLiteral(", ")) << ")\n";
             return kUsageError;
         }
         filter.exchanges.Add(*code);

@@ -127,18 +127,21 @@ QJsonObject sampleJson(const SampleDaySummary& day, const SampleDaySettings& set
     for (const auto& [status, count] : day.ordersByStatus)
         statuses.insert(status, count);
     const QJsonObject rows { { QStringLiteral("User_File"), day.users },
-        { QStringLiteral("AccountEntitle"), day.entitlements }, { QStringLiteral("orsconfig"), day.destinations },
-        { QStringLiteral("Account_File"), day.accounts }, { QStringLiteral("Account_ShortCut"), day.shortcuts },
+        { QStringLiteral("AccountEntitle"), day.entitlements },
+        { QStringLiteral("orsconfig"), day.destinations }, { QStringLiteral("Account_File"), day.accounts },
+        { QStringLiteral("Account_ShortCut"), day.shortcuts },
         { QStringLiteral("OMSTrade_File"), day.sehkOrders + day.hkfeOrders },
         { QStringLiteral("Exch_File"), day.exchangeOrders }, { QStringLiteral("Trans_File"), day.trades },
-        { QStringLiteral("omsREQ"), day.requests }, { QStringLiteral("mftsorder_state"), day.futuresRequests } };
+        { QStringLiteral("omsREQ"), day.requests },
+        { QStringLiteral("mftsorder_state"), day.futuresRequests } };
     return { { QStringLiteral("date"), settings.date.toString(Qt::ISODate) },
         { QStringLiteral("seed"),
-            settings.seed <= quint64(std::numeric_limits<qint64>::max()) ? QJsonValue(qint64(settings.seed))
-                                                                         : QJsonValue(QString::number(settings.seed)) },
-        { QStringLiteral("rows"), rows },
-        { QStringLiteral("sehkOrders"), day.sehkOrders }, { QStringLiteral("hkfeOrders"), day.hkfeOrders },
-        { QStringLiteral("ordersByStatus"), statuses }, { QStringLiteral("manualTrades"), day.manualTrades } };
+            settings.seed <= quint64(std::numeric_limits<qint64>::max())
+                ? QJsonValue(qint64(settings.seed))
+                : QJsonValue(QString::number(settings.seed)) },
+        { QStringLiteral("rows"), rows }, { QStringLiteral("sehkOrders"), day.sehkOrders },
+        { QStringLiteral("hkfeOrders"), day.hkfeOrders }, { QStringLiteral("ordersByStatus"), statuses },
+        { QStringLiteral("manualTrades"), day.manualTrades } };
 }
 
 int init(const QString& aliasName, bool sample, bool force, bool json, QTextStream& out, QTextStream& err,
@@ -206,7 +209,8 @@ int init(const QString& aliasName, bool sample, bool force, bool json, QTextStre
     }
     const bool embedded = driver == u"SQLITE";
     summary.insert(QStringLiteral("createdTables"), QJsonArray::fromStringList(created));
-    summary.insert(QStringLiteral("procedure"), embedded ? QStringLiteral("embedded") : QStringLiteral("server"));
+    summary.insert(
+        QStringLiteral("procedure"), embedded ? QStringLiteral("embedded") : QStringLiteral("server"));
     if (!json) {
         if (created.isEmpty())
             out << "tables: all " << OrderSchemaTables().size() << " were there already\n";
@@ -257,8 +261,8 @@ int runDb(const QStringList& arguments, QTextStream& out, QTextStream& err)
         QStringLiteral("N"), QStringLiteral("1"));
     const QCommandLineOption spreadsDir(QStringLiteral("spreads-dir"),
         QStringLiteral("Directory of the SEHK price ladders."), QStringLiteral("dir"));
-    const QCommandLineOption json(
-        QStringLiteral("json"), QStringLiteral("The summary as one JSON object, written when the work is done."));
+    const QCommandLineOption json(QStringLiteral("json"),
+        QStringLiteral("The summary as one JSON object, written when the work is done."));
     parser.addOptions({ sample, alias, force, date, seed, spreadsDir, json });
     parser.addPositionalArgument(QStringLiteral("init"), QStringLiteral("Create the order database."));
 
@@ -288,8 +292,8 @@ int runDb(const QStringList& arguments, QTextStream& out, QTextStream& err)
         return kUsageError;
     }
     try {
-        return init(parser.value(alias), parser.isSet(sample), parser.isSet(force), parser.isSet(json), out, err,
-            parser.value(spreadsDir), settings);
+        return init(parser.value(alias), parser.isSet(sample), parser.isSet(force), parser.isSet(json), out,
+            err, parser.value(spreadsDir), settings);
     } catch (const Error& e) {
         err << "qal db init: " << e.message() << '\n';
         return kFailure;

@@ -225,7 +225,8 @@ int runDecode(const QStringList& arguments, QTextStream& out, QTextStream& err)
     parser.addPositionalArgument(
         QStringLiteral("message"), QStringLiteral("Messages to decode."), QStringLiteral("[message...]"));
 
-    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("decode"), arguments, out, err))
+    if (const std::optional<int> done
+        = parseCommandLine(parser, QStringLiteral("decode"), arguments, out, err))
         return *done;
     Options options;
     if (parser.isSet(order) && parser.isSet(trade)) {

@@ -67,16 +67,18 @@ void printText(const TUserProfile& profile, const QString& profileFile, QTextStr
 void printJson(const TUserProfile& profile, const QString& profileFile, QTextStream& out)
 {
     writeJsonLine(out,
-        QJsonObject { { QStringLiteral("user"), profile.UserId() }, { QStringLiteral("found"), profile.Found() },
-            { QStringLiteral("fullName"), profile.FullName() },
-            { QStringLiteral("adminLevel"), profile.AdminLevel() }, { QStringLiteral("active"), profile.Active() },
+        QJsonObject { { QStringLiteral("user"), profile.UserId() },
+            { QStringLiteral("found"), profile.Found() }, { QStringLiteral("fullName"), profile.FullName() },
+            { QStringLiteral("adminLevel"), profile.AdminLevel() },
+            { QStringLiteral("active"), profile.Active() },
             { QStringLiteral("dummyAccount"), profile.DummyAccount() },
             { QStringLiteral("memberList"), profile.MemberList() },
             { QStringLiteral("entitlements"), QJsonArray::fromStringList(keysOf(profile.Entitlements())) },
             { QStringLiteral("tradesOn"), QJsonArray::fromStringList(profile.GetExchageTradeList()) },
             { QStringLiteral("exchangeDestinations"),
                 QJsonArray::fromStringList(profile.ExchangeDestinations()) },
-            { QStringLiteral("accessibleUsers"), QJsonArray::fromStringList(keysOf(profile.GetAccessableUser())) },
+            { QStringLiteral("accessibleUsers"),
+                QJsonArray::fromStringList(keysOf(profile.GetAccessableUser())) },
             { QStringLiteral("colorScheme"), profile.getCurrentColorProfile() },
             { QStringLiteral("soundScheme"), profile.getCurrentSoundProfile() },
             { QStringLiteral("keyScheme"), profile.getCurrentKeyProfile() },
@@ -102,7 +104,8 @@ int runWhoami(const QStringList& arguments, QTextStream& out, QTextStream& err)
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("One JSON object for the user."));
     parser.addOptions({ user, json });
 
-    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("whoami"), arguments, out, err))
+    if (const std::optional<int> done
+        = parseCommandLine(parser, QStringLiteral("whoami"), arguments, out, err))
         return *done;
     if (!parser.positionalArguments().isEmpty()) {
         err << "qal whoami: unexpected argument \"" << parser.positionalArguments().first() << "\"\n";

@@ -75,7 +75,8 @@ protected:
     {
         desk_ = std::make_unique<QTemporaryDir>();
         ASSERT_TRUE(desk_->isValid());
-        const QDir shipped(QFileInfo(QStringLiteral(QAL_TOOL_PATH)).absolutePath() + QStringLiteral("/config"));
+        const QDir shipped(
+            QFileInfo(QStringLiteral(QAL_TOOL_PATH)).absolutePath() + QStringLiteral("/config"));
         for (const QString& name : shipped.entryList(QDir::Files))
             ASSERT_TRUE(QFile::copy(shipped.filePath(name), desk_->filePath(name))) << name.toStdString();
         // A second, empty database for `db init` to succeed on.
@@ -224,8 +225,8 @@ TEST_F(QalCommandLine, BlotterJsonCarriesEachRecordOfTheCsvView)
         const char* numberKey;
     } cases[] = {
         { "client orders", {}, "TomsOrder",
-            { "orderNo", "account", "side", "symbol", "quantity", "price", "status", "fillQty", "remainingQty",
-                "queueQty", "exchange", "created", "remark" },
+            { "orderNo", "account", "side", "symbol", "quantity", "price", "status", "fillQty",
+                "remainingQty", "queueQty", "exchange", "created", "remark" },
             "quantity" },
         { "exchange orders", { "--exch-orders" }, "TexchOrder",
             { "exchNo", "orderNo", "account", "side", "symbol", "quantity", "price", "status", "fillQty",
@@ -273,7 +274,8 @@ TEST_F(QalCommandLine, ExchangeNamesAreTakenInAnyCaseAndUnknownOnesNamed)
 
     const ToolRun unknown = qal({ "blotter", "--exchange", "HKEX" });
     EXPECT_EQ(unknown.exitCode, 2);
-    EXPECT_TRUE(unknown.err.contains(u"unknown exchange \"HKEX\" (known: SEHK, HKFE)")) << unknown.err.toStdString();
+    EXPECT_TRUE(unknown.err.contains(u"unknown exchange \"HKEX\" (known: SEHK, HKFE)"))
+        << unknown.err.toStdString();
     EXPECT_TRUE(unknown.out.isEmpty());
 }
 
@@ -304,7 +306,8 @@ TEST_F(QalCommandLine, TradesShowTheExchangeOfTheirExchangeOrder)
             EXPECT_EQ(exchange, exchangeOfExchOrder.value(trade[u"exchNo"].toString()));
         }
     }
-    for (const QJsonObject& trade : jsonLines(qal({ "blotter", "--trades", "--json", "--exchange", "HKFE" }).out))
+    for (const QJsonObject& trade :
+        jsonLines(qal({ "blotter", "--trades", "--json", "--exchange", "HKFE" }).out))
         EXPECT_EQ(trade[u"exchange"].toString(), u"HKFE");
 }
 
