@@ -48,9 +48,26 @@ std::optional<QString> useConfiguration(const QString& command, QTextStream& err
             return withLog(found);
         }
     }
-    err << "qal " << command << ": no configuration: OMS_INI is not set and none of " << candidates.join(u", ")
-        << " exists\n";
+    err << "qal " << command << ": no configuration: OMS_INI is not set and none of "
+        << candidates.join(u", ") << " exists\n";
     return std::nullopt;
+}
+
+QString enterDeskDirectory()
+{
+    const QString omsIni = omsIniPath();
+    if (omsIni.isEmpty())
+        return QString();
+    const QString deskPath = TQalApplicationProfile::GetInstance()->getValue(
+        QStringLiteral("OMS_LOCAL"), QStringLiteral("CPATH"));
+    if (deskPath.trimmed().isEmpty())
+        return QString();
+    const QFileInfo desk(omsConfigPath(deskPath.trimmed()));
+    if (!desk.isDir())
+        return QString();
+    qputenv("OMS_INI", QFile::encodeName(omsIni));
+    const QString directory = desk.absoluteFilePath();
+    return QDir::setCurrent(directory) ? directory : QString();
 }
 
 } // namespace qal::tool

@@ -23,4 +23,14 @@ QStringList configurationSearchPath();
 // exists.
 std::optional<QString> useConfiguration(const QString& command, QTextStream& err);
 
+// Starts the tool where a desk is started: in the desk's working directory,
+// [OMS_LOCAL] CPATH of the OMS INI, taken from the INI's directory. The
+// library looks for a user's omsProfile.ini there first
+// (TUserProfile::GetProfilePath), so the tool sees the profile the desk sees
+// (the shipped configuration has CPATH=., the directory of its oms.ini).
+// OMS_INI is made absolute first, so it names the same file afterwards. Call
+// after useConfiguration. Returns the directory entered; empty when CPATH is
+// not set or is not a directory, and the current directory is kept.
+QString enterDeskDirectory();
+
 } // namespace qal::tool

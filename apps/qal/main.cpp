@@ -46,7 +46,7 @@ int main(int argc, char** argv)
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();
     if (arguments.isEmpty() || arguments.first() == u"--help" || arguments.first() == u"-h") {
-        out << kUsage;
+        (arguments.isEmpty() ? err : out) << kUsage;
         return arguments.isEmpty() ? 2 : 0;
     }
     if (arguments.first() == u"--version") {

@@ -152,7 +152,8 @@ TEST_P(QalBlotterTest, FiltersByUserOrExchangeAndShowsExchangeOrdersAndTrades)
     }
     EXPECT_EQ(csvRows({ "--exch-orders" }),
         QStringList { "E1,01,A1,BUY,0005.HK,1000,80.500,Part,400,600,SEHK,09:31:06," });
-    EXPECT_EQ(csvRows({ "--trades" }), QStringList { "T1,E1,A1,BUY,0005.HK,400,80.500,Comp,,,09:32:00" });
+    // The trade row has no exchange of its own: it is its exchange order's.
+    EXPECT_EQ(csvRows({ "--trades" }), QStringList { "T1,E1,A1,BUY,0005.HK,400,80.500,Comp,,SEHK,09:32:00" });
 }
 
 TEST_P(QalBlotterTest, SavePrintsTheNumberTheOrderGotAndTheBlotterShowsIt)
