@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "apps/qal/BusCommand.h"
-#include "apps/qal/ToolConfig.h"
 
 #include <csignal>
 #include <exception>
 #include <memory>
+#include <optional>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -17,6 +17,8 @@
 #include <unistd.h>
 #endif
 
+#include "apps/qal/CommandLine.h"
+#include "apps/qal/ToolConfig.h"
 #include "qalpack/omslib/FieldMessage.h"
 #include "qalpack/omslib/omsLog.h"
 #include "qalpack/omslib/subMgr.h"
@@ -147,17 +149,9 @@ int runWatch(const QStringList& arguments, QTextStream& out, QTextStream& err)
             "One JSON object a line: {\"kind\":\"image\",\"topic\":...,\"fields\":{\"13\":...}}."));
     const QCommandLineOption count(
         QStringLiteral("count"), QStringLiteral("Stop after N records."), QStringLiteral("N"));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ json, count, help });
-    if (!parser.parse(QStringList { QStringLiteral("qal watch") } + arguments)) {
-        err << "qal watch: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    parser.addOptions({ json, count });
+    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("watch"), arguments, out, err))
+        return *done;
     const QStringList topics = parser.positionalArguments();
     if (topics.isEmpty()) {
         err << "qal watch: give at least one topic (see qal watch --help)\n";
@@ -225,17 +219,8 @@ int runPublish(const QStringList& arguments, QTextStream& out, QTextStream& err)
         "The bus is [OMS_LOCAL] BusAlias of OMS_INI, else of config/oms.ini next to the tool."));
     parser.addPositionalArgument(QStringLiteral("record"),
         QStringLiteral("A record, published in the order given."), QStringLiteral("RECORD..."));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ help });
-    if (!parser.parse(QStringList { QStringLiteral("qal publish") } + arguments)) {
-        err << "qal publish: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("publish"), arguments, out, err))
+        return *done;
     if (parser.positionalArguments().isEmpty()) {
         err << "qal publish: give a record, e.g. 'image|USER_D001|13|D001|' (see qal publish --help)\n";
         return 2;
@@ -263,17 +248,9 @@ int runLogoff(const QStringList& arguments, QTextStream& out, QTextStream& err)
         QStringLiteral("user"), QStringLiteral("The user id (User_File.User_No)."), QStringLiteral("ID"));
     const QCommandLineOption message(
         QStringLiteral("message"), QStringLiteral("What the desks show (no \"|\")."), QStringLiteral("TEXT"));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ user, message, help });
-    if (!parser.parse(QStringList { QStringLiteral("qal logoff") } + arguments)) {
-        err << "qal logoff: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    parser.addOptions({ user, message });
+    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("logoff"), arguments, out, err))
+        return *done;
     if (!parser.positionalArguments().isEmpty()) {
         err << "qal logoff: unexpected argument \"" << parser.positionalArguments().first() << "\"\n";
         return 2;

@@ -291,8 +291,9 @@ TEST_F(QalBus, UsageAndConfigurationErrors)
         EXPECT_EQ(run.exitCode, row.exitCode);
         EXPECT_TRUE(run.err.contains(row.err)) << run.err.toStdString();
     }
+    // Without a command the usage is an error, on standard error.
     const ToolRun help = qal({});
-    EXPECT_TRUE(help.out.contains(u"watch") && help.out.contains(u"logoff")) << help.out.toStdString();
+    EXPECT_TRUE(help.err.contains(u"watch") && help.err.contains(u"logoff")) << help.err.toStdString();
 }
 
 TEST_F(QalBus, ABusConfigurationThatReachesNoDeskIsRefused)
