@@ -149,6 +149,41 @@ void BM_FireSelfRemovingLoop(benchmark::State& state)
 }
 BENCHMARK(BM_FireSelfRemovingLoop)->Name("notifier/fire, each removes itself@loop")->Arg(10)->Arg(1000);
 
+// Registering must stay linear in the number of subscribers: ours puts n
+// subscriptions on one record, the peer ("@spread") the same n on records of
+// 100 each. Per subscriber the two must cost about the same.
+void registerInto(benchmark::State& state, std::size_t perRecord)
+{
+    const auto count = static_cast<std::size_t>(state.range(0));
+    auto subscribers = screens(count);
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::vector<std::unique_ptr<qal::TChangeNotifier>> records(count / perRecord);
+        for (auto& r : records)
+            r = std::make_unique<qal::TChangeNotifier>();
+        state.ResumeTiming();
+        for (std::size_t i = 0; i < count; ++i)
+            records[i / perRecord]->RegisterCallback(redraw(), &subscribers[i]);
+        state.PauseTiming();
+        records.clear();
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_Register(benchmark::State& state)
+{
+    registerInto(state, static_cast<std::size_t>(state.range(0)));
+    bench::setGoals(state, { { "spread", 2.0 } });
+}
+BENCHMARK(BM_Register)->Name("notifier/register n on one record")->Arg(100000);
+
+void BM_RegisterSpread(benchmark::State& state)
+{
+    registerInto(state, 100);
+}
+BENCHMARK(BM_RegisterSpread)->Name("notifier/register n on one record@spread")->Arg(100000);
+
 } // namespace
 
 BENCHMARK_MAIN();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/model/ChangeNotifier.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "qalpack/runtime/Exception.h"
@@ -13,25 +14,71 @@ TChangeNotifier::TChangeNotifier(QObject* owner)
 
 TChangeNotifier::~TChangeNotifier() = default; // subscribers are not told
 
-void TChangeNotifier::retire(RecordList& records, std::size_t first, std::size_t last)
+inline void TChangeNotifier::drop(SubscriptionList& list, Entry& entry)
 {
-    const auto begin = records.begin() + static_cast<std::ptrdiff_t>(first);
-    const auto end = records.begin() + static_cast<std::ptrdiff_t>(last);
-    // Out of the list before anything is freed: a callback's captures may
-    // reach back into this notifier when they go.
-    RecordList taken(std::make_move_iterator(begin), std::make_move_iterator(end));
-    records.erase(begin, end);
-    if (walking_ > 0)
-        retired_.insert(
-            retired_.end(), std::make_move_iterator(taken.begin()), std::make_move_iterator(taken.end()));
+    if (const auto key = list.keys.find(entry.custom); key != list.keys.end() && --key->second == 0)
+        list.keys.erase(key);
+    entry.state = State::Dropped;
+    ++list.dropped;
+    compactDue_ = true;
 }
 
-// Walks a subscription list by index, reading its size afresh on every pass
-// so that subscriptions appended by a callback are reached in the same walk.
-// A marked subscription is dropped where it stands (the index stays); any
-// other is called and the walk steps past it.
-template<typename CurrentList>
-void TChangeNotifier::walk(CurrentList currentList, void* data)
+void TChangeNotifier::dropAll(SubscriptionList& list)
+{
+    for (std::size_t i = 0; i < list.used; ++i) {
+        if (list.entries[i].state != State::Dropped)
+            drop(list, list.entries[i]);
+    }
+}
+
+// Keeps the live and marked subscriptions in order at the front; the dropped
+// ones become spare boxes behind them. Their callbacks go while they are still
+// holes in the list: a capture that reaches back into this notifier finds
+// every list consistent, and what it subscribes lands behind them.
+inline void TChangeNotifier::compact(SubscriptionList& list)
+{
+    std::uint32_t kept = 0;
+    for (std::uint32_t i = 0; i < list.used && kept < list.used - list.dropped; ++i) {
+        if (list.entries[i].state != State::Dropped) {
+            if (i != kept)
+                std::swap(list.entries[kept], list.entries[i]);
+            ++kept;
+        }
+    }
+    const std::uint32_t end = list.used;
+    for (std::uint32_t i = kept; i < end; ++i)
+        *list.entries[i].callback = nullptr;
+    std::rotate(list.entries.begin() + kept, list.entries.begin() + end, list.entries.begin() + list.used);
+    list.used -= end - kept;
+    list.dropped -= end - kept;
+}
+
+void TChangeNotifier::compactAll()
+{
+    ++walking_; // what a freed capture drops meanwhile waits for the next round
+    while (compactDue_) {
+        compactDue_ = false;
+        if (plain_.dropped > 0)
+            compact(plain_);
+        for (std::size_t c = 0; c < channels_.size(); ++c) {
+            if (channels_[c]->list.dropped > 0)
+                compact(channels_[c]->list);
+        }
+    }
+    --walking_;
+}
+
+inline void TChangeNotifier::compactUnlessWalking()
+{
+    if (walking_ == 0 && compactDue_)
+        compactAll();
+}
+
+// Walks the list by index, reading its size afresh on every pass so that
+// subscriptions appended by a callback are reached in the same walk. A marked
+// subscription becomes a hole when the walk reaches it; holes stay in place
+// until the outermost walk ends, so no walk's position ever shifts.
+inline void TChangeNotifier::walk(SubscriptionList& list, void* data)
 {
     struct Depth
     {
@@ -43,46 +90,63 @@ void TChangeNotifier::walk(CurrentList currentList, void* data)
         }
         ~Depth()
         {
-            if (--notifier.walking_ == 0) {
-                RecordList freed;
-                freed.swap(notifier.retired_);
-            }
+            --notifier.walking_;
+            notifier.compactUnlessWalking();
         }
     } depth(*this);
 
-    for (std::size_t i = 0; i < currentList().size();) {
-        // The record itself stays put while its list grows, and is only
-        // retired, not freed, while this walk runs.
-        Record* const record = currentList()[i].get();
-        if (record->deleted) {
-            retire(currentList(), i, i + 1);
+    for (std::size_t i = 0; i < list.used; ++i) {
+        Entry& entry = list.entries[i];
+        if (entry.state != State::Live) {
+            if (entry.state == State::Marked)
+                drop(list, entry);
             continue;
         }
-        if (!record->callback)
+        TChangeNotifyEvent& callback = *entry.callback;
+        if (!callback)
             throw Error(QStringLiteral("TChangeNotifier: a subscriber registered an empty callback"));
-        record->callback(data, record->custom);
-        ++i;
+        hintList_ = &list;
+        hintEntry_ = i;
+        callback(data, entry.custom);
     }
 }
 
-void TChangeNotifier::removeMatching(RecordList& records, void* custom, bool markOnly)
+inline TChangeNotifyEvent& TChangeNotifier::add(
+    SubscriptionList& list, TChangeNotifyEvent callback, void* custom)
 {
-    for (std::size_t i = 0; i < records.size();) {
-        if (records[i]->custom != custom) {
-            ++i;
-        } else if (markOnly) {
-            records[i]->deleted = true;
-            ++i;
-        } else {
-            retire(records, i, i + 1);
-        }
-    }
+    ++list.keys[custom];
+    if (list.used == list.entries.size())
+        list.entries.push_back(Entry { nullptr, std::make_unique<TChangeNotifyEvent>() });
+    Entry& entry = list.entries[list.used++];
+    entry = Entry { custom, std::move(entry.callback), State::Live };
+    *entry.callback = std::move(callback);
+    return *entry.callback;
+}
+
+inline void TChangeNotifier::removeMatching(SubscriptionList& list, void* custom, bool markOnly)
+{
+    const auto remove = [&](Entry& entry) {
+        if (entry.custom != custom || entry.state == State::Dropped)
+            return;
+        if (markOnly)
+            entry.state = State::Marked;
+        else
+            drop(list, entry);
+    };
+    // A subscriber removing itself from inside its callback, under a key of
+    // its own: nothing else in the list can match, so nothing is scanned.
+    Entry* const hinted = hintList_ == &list && hintEntry_ < list.used ? &list.entries[hintEntry_] : nullptr;
+    if (hinted && hinted->custom == custom && hinted->state != State::Dropped && list.keys[custom] == 1)
+        remove(*hinted);
+    else
+        std::for_each(list.entries.begin(), list.entries.begin() + list.used, remove);
+    compactUnlessWalking();
 }
 
 int TChangeNotifier::channelIndex(const QString& channel) const
 {
     for (std::size_t i = 0; i < channels_.size(); ++i) {
-        if (channels_[i].name.compare(channel, Qt::CaseInsensitive) == 0)
+        if (channels_[i]->name.compare(channel, Qt::CaseInsensitive) == 0)
             return static_cast<int>(i);
     }
     return -1;
@@ -93,7 +157,7 @@ void TChangeNotifier::FireEvent(void* data)
     if (!enabled_)
         return;
     firing_ = true;
-    walk([this]() -> RecordList& { return callbacks_; }, data);
+    walk(plain_, data);
     firing_ = false;
 }
 
@@ -107,30 +171,31 @@ void TChangeNotifier::FireChannelizedEvent(const QString& channel, void* data)
     const int index = channelIndex(channel);
     if (index < 0)
         return;
-    walk([this, index]() -> RecordList& { return channels_[static_cast<std::size_t>(index)].records; }, data);
+    walk(channels_[static_cast<std::size_t>(index)]->list, data);
     channelFiring_ = false;
 }
 
 void TChangeNotifier::ClearAllCallback()
 {
-    retire(callbacks_, 0, callbacks_.size());
+    dropAll(plain_);
+    compactUnlessWalking();
 }
 
 void TChangeNotifier::ClearAllChanelCallback()
 {
-    for (Channel& channel : channels_)
-        retire(channel.records, 0, channel.records.size());
+    for (const auto& channel : channels_)
+        dropAll(channel->list);
+    compactUnlessWalking();
 }
 
 void TChangeNotifier::RegisterCallback(TChangeNotifyEvent callback, void* custom)
 {
-    callbacks_.push_back(std::make_unique<Record>(Record { std::move(callback), custom }));
-    OnRegisterCallback(callbacks_.back()->callback, custom);
+    OnRegisterCallback(add(plain_, std::move(callback), custom), custom);
 }
 
 void TChangeNotifier::RemoveCallback(void* custom)
 {
-    removeMatching(callbacks_, custom, firing_);
+    removeMatching(plain_, custom, firing_);
 }
 
 void TChangeNotifier::RegisterChannelizedCallback(
@@ -138,20 +203,18 @@ void TChangeNotifier::RegisterChannelizedCallback(
 {
     int index = channelIndex(channel);
     if (index < 0) {
-        channels_.push_back(Channel { channel, {} });
+        channels_.push_back(std::make_unique<Channel>(Channel { channel, {} }));
         index = static_cast<int>(channels_.size()) - 1;
     }
-    RecordList& records = channels_[static_cast<std::size_t>(index)].records;
-    records.push_back(std::make_unique<Record>(Record { std::move(callback), custom }));
-    OnRegisterChannelizedCallback(channel, records.back()->callback, custom);
+    SubscriptionList& list = channels_[static_cast<std::size_t>(index)]->list;
+    OnRegisterChannelizedCallback(channel, add(list, std::move(callback), custom), custom);
 }
 
 void TChangeNotifier::RemoveChannelizedCallback(const QString& channel, void* custom)
 {
     const int index = channelIndex(channel);
-    if (index < 0)
-        return;
-    removeMatching(channels_[static_cast<std::size_t>(index)].records, custom, channelFiring_);
+    if (index >= 0)
+        removeMatching(channels_[static_cast<std::size_t>(index)]->list, custom, channelFiring_);
 }
 
 bool TChangeNotifier::enabled() const
@@ -176,13 +239,16 @@ bool TChangeNotifier::channelFiring() const
 
 int TChangeNotifier::callbackCount() const
 {
-    return static_cast<int>(callbacks_.size());
+    return static_cast<int>(plain_.used - plain_.dropped);
 }
 
 int TChangeNotifier::channelCallbackCount(const QString& channel) const
 {
     const int index = channelIndex(channel);
-    return index < 0 ? -1 : static_cast<int>(channels_[static_cast<std::size_t>(index)].records.size());
+    if (index < 0)
+        return -1;
+    const SubscriptionList& list = channels_[static_cast<std::size_t>(index)]->list;
+    return static_cast<int>(list.used - list.dropped);
 }
 
 void TChangeNotifier::OnRegisterCallback(const TChangeNotifyEvent& /*callback*/, void* /*custom*/) { }

@@ -5,7 +5,10 @@
 // callbacks) or on one named channel only (channelized callbacks).
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <unordered_map>
 #include <memory>
 #include <vector>
 
@@ -29,6 +32,12 @@ using TChangeNotifyEvent = std::function<void(void* data, void* custom)>;
 // all subscriptions; the callback that is running stays alive until it
 // returns. Deleting the notifier itself from inside one of its callbacks is
 // the caller's bug and is not supported.
+//
+// A subscription that is no longer counted frees its callback (and what the
+// callback captured) at once, or, while a fire of this notifier runs, when the
+// outermost fire ends. Registering counts the subscriptions of each key, so
+// that a subscriber that removes its own key from inside its callback is
+// found without a search; registering n subscribers costs time linear in n.
 //
 // An exception thrown by a callback propagates to the firer and leaves the
 // corresponding firing flag set (see channelFiring()). Single-threaded: call
@@ -99,39 +108,63 @@ protected:
         const QString& channel, const TChangeNotifyEvent& callback, void* custom);
 
 private:
-    struct Record
-    {
-        TChangeNotifyEvent callback;
-        void* custom = nullptr;
-        bool deleted = false; // removed while its list was being fired
+    enum class State : unsigned char {
+        Live,
+        Marked, // removed while its list was being fired; never called again
+        Dropped, // no longer counted: a hole until no walk of this notifier runs
     };
-    using RecordList = std::vector<std::unique_ptr<Record>>;
+    struct Entry
+    {
+        void* custom = nullptr;
+        // On the heap, so that a running callback stays put while its list grows.
+        std::unique_ptr<TChangeNotifyEvent> callback;
+        State state = State::Live;
+    };
+    // entries[0, used) are the subscriptions, dropped ones included; behind
+    // them are spare boxes, their callbacks freed, for later subscriptions.
+    struct SubscriptionList
+    {
+        std::vector<Entry> entries;
+        std::uint32_t used = 0;
+        std::uint32_t dropped = 0;
+        // How many subscriptions that are not dropped each key has: a
+        // subscriber removing its own key from inside its callback is found
+        // without a scan when the key is its alone.
+        std::unordered_map<void*, std::uint32_t> keys;
+    };
     struct Channel
     {
         QString name;
-        RecordList records;
+        SubscriptionList list;
     };
 
     [[nodiscard]] int channelIndex(const QString& channel) const;
-    // Calls the subscriptions of the list that `currentList()` returns (anew
-    // on every step: a callback may grow the container that holds it).
-    template<typename CurrentList>
-    void walk(CurrentList currentList, void* data);
-    // Frees records, or, while a walk of this notifier is running, keeps
-    // them until it ends, so that a running callback never loses its own
-    // function object.
-    void retire(RecordList& records, std::size_t first, std::size_t last);
-    void removeMatching(RecordList& records, void* custom, bool markOnly);
+    // Calls the subscriptions of `list` in order; see the class comment.
+    void walk(SubscriptionList& list, void* data);
+    TChangeNotifyEvent& add(SubscriptionList& list, TChangeNotifyEvent callback, void* custom);
+    void removeMatching(SubscriptionList& list, void* custom, bool markOnly);
+    void drop(SubscriptionList& list, Entry& entry);
+    void dropAll(SubscriptionList& list);
+    // Frees the dropped subscriptions of every list, unless a walk runs: a
+    // running callback never loses its own function object, and a walk's
+    // position never moves under it.
+    void compactUnlessWalking();
+    void compactAll();
+    void compact(SubscriptionList& list);
 
-    RecordList callbacks_;
+    SubscriptionList plain_;
+    // Channels in order of first registration; never removed, and each stays
+    // at its address while callbacks register new channels.
+    std::vector<std::unique_ptr<Channel>> channels_;
+    // The subscription called last: where a subscriber that removes itself
+    // is found without a scan. Only a hint; the entry it names is checked.
+    const SubscriptionList* hintList_ = nullptr;
+    std::size_t hintEntry_ = 0;
+    int walking_ = 0; // fires of this notifier in progress (nested fires count)
     bool enabled_ = true;
-    // Channels in order of first registration; never removed, so an index
-    // into this list stays valid while callbacks register new channels.
-    std::vector<Channel> channels_;
     bool firing_ = false;
     bool channelFiring_ = false;
-    int walking_ = 0; // fires of this notifier in progress (nested fires count)
-    RecordList retired_;
+    bool compactDue_ = false; // some list holds dropped subscriptions
 };
 
 } // namespace qal

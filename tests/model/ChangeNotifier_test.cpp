@@ -200,6 +200,98 @@ TEST_P(EachList, ManySubscribersRemovingThemselvesAreEachCalledOnceThenFreed)
         EXPECT_TRUE(screen.expired());
 }
 
+// GIVEN A (key 0) and B (key 1) WHEN A does something to the list on the
+// first fire THEN the right subscriptions are called and counted, inside the
+// callback and after each of two fires, and A goes when it is dropped.
+TEST_P(EachList, ChangesFromInsideAFireKeepCountsAndCalls)
+{
+    struct Row
+    {
+        const char* name;
+        bool sharedWithC; // C (key 0, like A) registered after B
+        std::function<void()> action;
+        const char* firstCalls;
+        int countInside, countAfterFirst;
+        bool aFreedByFirstFire;
+        const char* secondCalls;
+        int countAfterSecond;
+    };
+    const Row rows[] = {
+        { "removes its key, shared with a later subscriber", true, [this] { remove(0); }, "AB", 3, 2, false,
+            "B", 1 },
+        { "subscribes again under its key, then removes it", false,
+            [this] {
+                add(logger(2), &keys[0]);
+                remove(0);
+            },
+            "AB", 3, 2, false, "B", 1 },
+        { "clears all, then subscribes", false,
+            [this] {
+                clearAll();
+                add(logger(2), &keys[2]);
+            },
+            "AC", 1, 1, true, "C", 1 },
+        // The nested fire resets the firing flag, so this removal drops A at
+        // once; B must still be called by the outer walk.
+        { "fires again, then removes itself", false,
+            [this] {
+                fire();
+                remove(0);
+            },
+            "AABB", 1, 1, true, "B", 1 },
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        n = std::make_unique<TChangeNotifier>();
+        log.clear();
+        int countInside = -1;
+        add(0, [this, &row, &countInside] {
+            if (log != "A")
+                return;
+            row.action();
+            countInside = count();
+        });
+        add(1);
+        if (row.sharedWithC)
+            add(logger(2), &keys[0]);
+        fire();
+        EXPECT_EQ(log, row.firstCalls);
+        EXPECT_EQ(countInside, row.countInside);
+        EXPECT_EQ(count(), row.countAfterFirst);
+        EXPECT_EQ(alive[0].expired(), row.aFreedByFirstFire);
+
+        log.clear();
+        fire();
+        EXPECT_EQ(log, row.secondCalls);
+        EXPECT_EQ(count(), row.countAfterSecond);
+        EXPECT_TRUE(alive[0].expired());
+    }
+}
+
+// A capture may own a screen that unsubscribes another and subscribes anew
+// when it goes, which is when the notifier frees its subscription.
+TEST_P(EachList, CaptureFreedOnRemovalMaySubscribeAndUnsubscribe)
+{
+    struct OnFree
+    {
+        std::function<void()> run;
+        ~OnFree() { run(); }
+    };
+    auto screen = std::make_shared<OnFree>();
+    screen->run = [this] {
+        removeKey(&keys[1]);
+        add(logger(2), &keys[2]);
+    };
+    add([screen](void*, void*) {}, &keys[0]);
+    screen.reset();
+    add(1);
+    remove(0);
+    EXPECT_EQ(count(), 1);
+    EXPECT_TRUE(alive[1].expired());
+    fire();
+    EXPECT_EQ(log, "C");
+}
+
 TEST_P(EachList, SubscriberRegisteredDuringFireIsCalledInTheSameWalk)
 {
     add(0, [this] {
