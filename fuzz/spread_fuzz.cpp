@@ -30,7 +30,7 @@ using qal::TSpreadTable;
 }
 
 // Bands ascending, each spread positive and coarse enough that its ladder
-// points are distinct doubles far apart (a millionth of the band's price
+// points are distinct doubles far apart (a billionth of the band's price
 // scale at least).
 bool usable(const TSpreadTable& table)
 {
@@ -40,7 +40,7 @@ bool usable(const TSpreadTable& table)
     for (const qal::TSpreadRow& row : table.Rows()) {
         if (!(row.UpperBound > lower) || !(row.Spread > 0) || !std::isfinite(row.Spread))
             return false;
-        if (row.Spread < 1e-6 * (std::fabs(row.UpperBound) + 1) || row.Spread > 1e6)
+        if (row.Spread < 1e-9 * (std::fabs(row.UpperBound) + 1) || row.Spread > 1e6)
             return false;
         lower = row.UpperBound;
     }
@@ -65,25 +65,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const TSpreadTable table(text);
     FuzzedDataProvider rest(data + std::min(size, textSize + 1), size - std::min(size, textSize + 1));
 
-    for (int round = 0; round < 8 && rest.remaining_bytes() > 0; ++round) {
-        const double price = rest.ConsumeFloatingPoint<double>();
-        const int steps = rest.ConsumeIntegralInRange(-40, 40);
-        const double rounded = TSpreadTable::CorrectError(price);
-        if (TSpreadTable::CorrectError(rounded) != rounded && !std::isnan(rounded))
-            fail("rounding twice differs", text, price, TSpreadTable::CorrectError(rounded));
-        if (!std::isfinite(price))
-            continue;
-        for (const double result : { table.GetNextPrice(price, steps), table.GetNearestPrice(price),
-                 table.GetNearestUpPrice(price), table.GetNearestDownPrice(price), table.GetUpSpread(price),
-                 table.GetDownSpread(price) }) {
-            if (!std::isfinite(result))
-                fail("not finite", text, price, result);
-        }
-    }
-
-    if (!usable(table))
-        return 0;
-    for (int round = 0; round < 8 && rest.remaining_bytes() > 0; ++round) {
+    const bool ladderUsable = usable(table);
+    for (int round = 0; ladderUsable && round < 4 && rest.remaining_bytes() > 0; ++round) {
         const auto band = rest.ConsumeIntegralInRange<std::size_t>(0, table.Rows().size() - 1);
         const qal::TSpreadRow& row = table.Rows()[band];
         const double lower = band == 0 ? -std::numeric_limits<double>::infinity() : table.Rows()[band - 1].UpperBound;
@@ -106,6 +89,21 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             fail("down then up", text, price, downUp);
         if (table.GetNearestPrice(price) != price)
             fail("nearest of a ladder point", text, price, table.GetNearestPrice(price));
+    }
+    for (int round = 0; round < 8 && rest.remaining_bytes() > 0; ++round) {
+        const double price = rest.ConsumeFloatingPoint<double>();
+        const int steps = rest.ConsumeIntegralInRange(-40, 40);
+        const double rounded = TSpreadTable::CorrectError(price);
+        if (TSpreadTable::CorrectError(rounded) != rounded && !std::isnan(rounded))
+            fail("rounding twice differs", text, price, TSpreadTable::CorrectError(rounded));
+        if (!std::isfinite(price))
+            continue;
+        for (const double result : { table.GetNextPrice(price, steps), table.GetNearestPrice(price),
+                 table.GetNearestUpPrice(price), table.GetNearestDownPrice(price), table.GetUpSpread(price),
+                 table.GetDownSpread(price) }) {
+            if (!std::isfinite(result))
+                fail("not finite", text, price, result);
+        }
     }
     return 0;
 }
