@@ -18,7 +18,8 @@ namespace {
 
 [[noreturn]] void fail(const char* what, const QByteArray& a, const QByteArray& b)
 {
-    std::fprintf(stderr, "%s\n  first:  %s\n  second: %s\n", what, a.toHex(' ').constData(), b.toHex(' ').constData());
+    std::fprintf(
+        stderr, "%s\n  first:  %s\n  second: %s\n", what, a.toHex(' ').constData(), b.toHex(' ').constData());
     std::abort();
 }
 
@@ -43,7 +44,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const QByteArray again = qal::cp950::encode(qal::cp950::decode(encoded));
         if (again != encoded)
             fail("encoded text does not survive a round trip", encoded, again);
-    } catch (const qal::EncodingError&) {
-    }
+    } catch (const qal::EncodingError&) { }
     return 0;
 }

@@ -19,7 +19,7 @@
 
 namespace {
 
-template <typename Record>
+template<typename Record>
 void fail(const char* what, const Record& a, const Record& b, const QString& detail)
 {
     std::fprintf(stderr, "%s: %s\n  first:  %s\n  second: %s\n", what, qPrintable(detail),
@@ -27,7 +27,7 @@ void fail(const char* what, const Record& a, const Record& b, const QString& det
     std::abort();
 }
 
-template <typename Record>
+template<typename Record>
 void roundTrip(const QString& message)
 {
     // The first message may hold what the writer leaves out (a negative tag

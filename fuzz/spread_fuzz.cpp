@@ -25,7 +25,8 @@ using qal::TSpreadTable;
 
 [[noreturn]] void fail(const char* what, const QString& text, double price, double result)
 {
-    std::fprintf(stderr, "%s: table \"%s\", price %.17g gives %.17g\n", what, qPrintable(text), price, result);
+    std::fprintf(
+        stderr, "%s: table \"%s\", price %.17g gives %.17g\n", what, qPrintable(text), price, result);
     std::abort();
 }
 
@@ -69,7 +70,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (int round = 0; ladderUsable && round < 4 && rest.remaining_bytes() > 0; ++round) {
         const auto band = rest.ConsumeIntegralInRange<std::size_t>(0, table.Rows().size() - 1);
         const qal::TSpreadRow& row = table.Rows()[band];
-        const double lower = band == 0 ? -std::numeric_limits<double>::infinity() : table.Rows()[band - 1].UpperBound;
+        const double lower
+            = band == 0 ? -std::numeric_limits<double>::infinity() : table.Rows()[band - 1].UpperBound;
         // A point two or more spreads below the anchor, whose neighbour below
         // is inside the band too and at least half a spread off its lower
         // edge. Neighbours on a band edge are left out: a step computed to a
@@ -98,9 +100,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             fail("rounding twice differs", text, price, TSpreadTable::CorrectError(rounded));
         if (!std::isfinite(price))
             continue;
-        for (const double result : { table.GetNextPrice(price, steps), table.GetNearestPrice(price),
-                 table.GetNearestUpPrice(price), table.GetNearestDownPrice(price), table.GetUpSpread(price),
-                 table.GetDownSpread(price) }) {
+        for (const double result :
+            { table.GetNextPrice(price, steps), table.GetNearestPrice(price), table.GetNearestUpPrice(price),
+                table.GetNearestDownPrice(price), table.GetUpSpread(price), table.GetDownSpread(price) }) {
             if (!std::isfinite(result))
                 fail("not finite", text, price, result);
         }

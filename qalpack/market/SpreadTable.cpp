@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/market/SpreadTable.h"
 
-#include <cmath>
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -113,8 +113,8 @@ bool TSpreadTable::onLadder(const TSpreadRow& band, double price) noexcept
     const double f = q - std::floor(q);
     const double g = std::ceil(q) - q;
     const double magnitude = std::fabs(band.UpperBound) + std::fabs(price);
-    const double tolerance
-        = std::max(kLadderTolerance, kRoundingUlps * std::numeric_limits<double>::epsilon() * magnitude / band.Spread);
+    const double tolerance = std::max(
+        kLadderTolerance, kRoundingUlps * std::numeric_limits<double>::epsilon() * magnitude / band.Spread);
     return f < tolerance || g < tolerance;
 }
 

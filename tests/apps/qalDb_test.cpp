@@ -322,8 +322,9 @@ TEST(QalSave, RefusesPricesThatAreNotNumbers)
     const ShippedConfig config;
     for (const char* price : { "1e400", "12,5", "inf" }) {
         SCOPED_TRACE(price);
-        const ToolRun run = qal({ "save", QStringLiteral("H|10|AC1|0|0005.HK|11|0|4|1000|3|%1|13|D001").arg(price) },
-            config.omsIni());
+        const ToolRun run
+            = qal({ "save", QStringLiteral("H|10|AC1|0|0005.HK|11|0|4|1000|3|%1|13|D001").arg(price) },
+                config.omsIni());
         EXPECT_EQ(run.exitCode, 1);
         EXPECT_TRUE(run.err.contains(QStringLiteral("tag 3: \"%1\" is not a price").arg(price)))
             << run.err.toStdString();

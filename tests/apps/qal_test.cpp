@@ -165,7 +165,8 @@ TEST(QalTick, StepsAreBounded)
     EXPECT_TRUE(tooMany.err.contains(u"--steps takes at most 100000 ticks")) << tooMany.err.toStdString();
     EXPECT_EQ(qal({ "tick", "--steps", "100001", "1" }).exitCode, 2);
 
-    const ToolRun most = qal({ "tick", "--json", "--ladder", "sehk_securities", "--steps", "100000", "9995" });
+    const ToolRun most
+        = qal({ "tick", "--json", "--ladder", "sehk_securities", "--steps", "100000", "9995" });
     EXPECT_EQ(most.exitCode, 0) << most.err.toStdString();
     EXPECT_EQ(QJsonDocument::fromJson(most.out.toUtf8()).object()[u"above"].toDouble(), 9995 + 5 * 100000.0);
 }
@@ -184,7 +185,8 @@ TEST(QalDecode, LargePricesReadBackFromTheMessageWrittenBack)
     };
     // The double nearest 1e121, in full: 122 digits and six decimals.
     const QString first = writtenBack(QStringLiteral("H|0|X|4|1|3|1e121"));
-    EXPECT_TRUE(first.contains(QRegularExpression(QStringLiteral("\\|3\\|10000000000000000\\d{105}\\.000000\\|"))))
+    EXPECT_TRUE(
+        first.contains(QRegularExpression(QStringLiteral("\\|3\\|10000000000000000\\d{105}\\.000000\\|"))))
         << first.toStdString();
     EXPECT_EQ(writtenBack(QStringLiteral("H|") + first), first);
 

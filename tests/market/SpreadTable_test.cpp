@@ -288,7 +288,8 @@ TEST(SpreadTable, EveryBandRecognisesItsTicks)
         { "SehkSecuritiesBefore2025", kOld, { { 0, 20000000 } } },
         { "SehkEtp", kEtp, { { 0, 20000000 } } },
         { "FineLastBand", "10,0.01,20000,0.001",
-            { { 8000, 12000 }, { 15990000, 16010000 }, { 9999990000, 10000010000 }, { 19999990000, 20000000000 } } },
+            { { 8000, 12000 }, { 15990000, 16010000 }, { 9999990000, 10000010000 },
+                { 19999990000, 20000000000 } } },
         { "FineLastBandAfterCoarse", "0.5,0.5,100,0.001", { { -5000, 1500 }, { 99000, 101000 } } },
     };
     for (const auto& ladder : ladders) {
@@ -308,13 +309,15 @@ TEST(SpreadTable, EveryBandRecognisesItsTicks)
                 lower = anchor;
                 if (top <= bottom)
                     continue;
-                for (long long tick = anchor + floorDiv(top - anchor, spread) * spread; tick > bottom; tick -= spread) {
+                for (long long tick = anchor + floorDiv(top - anchor, spread) * spread; tick > bottom;
+                     tick -= spread) {
                     const double p = price(tick);
                     const bool valid = table.ValidatePrice(p);
                     const bool midpointValid = table.ValidatePrice(p - row.Spread / 2);
                     if ((!valid || midpointValid) && ++misses <= 5)
-                        ADD_FAILURE() << "band " << i << " price " << price(tick)
-                                      << (valid ? ": midpoint below taken as a tick" : ": tick not recognised");
+                        ADD_FAILURE()
+                            << "band " << i << " price " << price(tick)
+                            << (valid ? ": midpoint below taken as a tick" : ": tick not recognised");
                 }
             }
         }

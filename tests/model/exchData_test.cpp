@@ -4,8 +4,8 @@
 
 #include <bit>
 #include <cmath>
-#include <limits>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>

@@ -110,8 +110,8 @@ TEST(Convert, LongNumberTextsReadWhole)
             1e121L },
         { "ManyLeadingZeros", QString(300, u'0') + QStringLiteral("12.5"), true, 12.5L },
         { "TinyFraction", QStringLiteral("0.") + QString(200, u'0') + QStringLiteral("1"), true, 1e-201L },
-        { "BeyondDoubleInFixedText", QStringLiteral("1") + QString(309, u'0') + QStringLiteral(".000000"), false,
-            0 },
+        { "BeyondDoubleInFixedText", QStringLiteral("1") + QString(309, u'0') + QStringLiteral(".000000"),
+            false, 0 },
         { "LongGarbage", QString(200, u'7') + QStringLiteral("x"), false, 0 },
     };
     for (const auto& c : cases) {
