@@ -30,6 +30,22 @@ bool hasTaggedField(const QString& message)
     return found;
 }
 
+// The record reads a price that is not a number ("1e400", "12,5") as 0, as
+// every message reader does; a new order must not go to the database at a
+// price nobody typed. The text of the first such price (tag 3 or the stop
+// price, 41), or an empty text when every price reads.
+QString badPriceField(const QString& message)
+{
+    QString bad;
+    forEachTaggedPair(message, [&bad](QStringView key, QStringView value) {
+        int tag = 0;
+        long double price = 0;
+        if (bad.isEmpty() && TryStrToInt(key, tag) && (tag == 3 || tag == 41) && !TryStrToFloat(value, price))
+            bad = QStringLiteral("tag %1: \"%2\" is not a price").arg(tag).arg(value);
+    });
+    return bad;
+}
+
 class Saver
 {
 public:
@@ -44,6 +60,8 @@ public:
     {
         if (!hasTaggedField(message))
             return fail(where, QStringLiteral("no tag|value field in \"%1\"").arg(message));
+        if (const QString bad = badPriceField(message); !bad.isEmpty())
+            return fail(where, bad);
         TomsOrder order(message);
         try {
             orderSaveOrder(order);

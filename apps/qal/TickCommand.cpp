@@ -23,6 +23,12 @@ namespace {
 
 constexpr auto kDefaultLadder = "sehk_securities";
 
+// The most ticks --steps takes. Every price takes |steps| rounds of the
+// ladder walk; 100,000 ticks cover every shipped ladder end to end (SEHK's
+// has about 11,000 points from 0.001 to 9,995) and answer at once, while
+// the 32-bit limit would keep the tool busy for a minute.
+constexpr int kMaxSteps = 100000;
+
 // Named ladders ship as <name>.txt in a spreads directory: the one given on
 // the command line, else $QALPACK_SPREADS_DIR, else next to the executable
 // (build tree) or in ../share/qalpack/spreads (installed).
@@ -77,7 +83,8 @@ int runTick(const QStringList& arguments, QTextStream& out, QTextStream& err)
     const QCommandLineOption spreadsDir(
         QStringLiteral("spreads-dir"), QStringLiteral("Directory of named ladders."), QStringLiteral("dir"));
     const QCommandLineOption steps(QStringLiteral("steps"),
-        QStringLiteral("Ticks away to show (default: 1)."), QStringLiteral("N"), QStringLiteral("1"));
+        QStringLiteral("Ticks away to show, 0 to %1 (default: 1).").arg(kMaxSteps), QStringLiteral("N"),
+        QStringLiteral("1"));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("One JSON object per price."));
     parser.addOptions({ ladder, spread, spreadsDir, steps, json });
     parser.addPositionalArgument(
@@ -89,6 +96,10 @@ int runTick(const QStringList& arguments, QTextStream& out, QTextStream& err)
     if (!TryStrToInt(parser.value(steps), n) || n < 0) {
         err << "qal tick: --steps takes a whole number of ticks, not \"" << parser.value(steps) << "\"\n";
         return kUsageError;
+    }
+    if (n > kMaxSteps) {
+        err << "qal tick: --steps takes at most " << kMaxSteps << " ticks, not " << n << '\n';
+        return 2;
     }
     const QStringList prices = parser.positionalArguments();
     if (prices.isEmpty()) {

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/market/SpreadTable.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 
 #include <QFile>
 #include <QStringList>
@@ -16,8 +18,15 @@ namespace qal {
 namespace {
 
 // A price is on its band's ladder when it is this close to a ladder point,
-// counted in spreads.
+// counted in spreads ...
 constexpr double kLadderTolerance = 0.000001;
+// ... or, where the ladder point lies many spreads below its anchor, within
+// the rounding of the arithmetic that finds it: (bound - price) / spread
+// carries an error of a few units in the last place of the larger of bound
+// and price, which in spreads is that many epsilons times their ratio to the
+// spread (a 0.001 band anchored at 10,000,000 is 1e10 spreads deep, where
+// the rounding alone is about 1e-6 spreads).
+constexpr double kRoundingUlps = 8.0;
 
 constexpr double kCorrectionScale = 100000.0;
 
@@ -57,6 +66,9 @@ TSpreadTable::TSpreadTable(const QString& text)
         if (!parseField(fields[2 * i], row.UpperBound))
             loadError_ = true;
         if (!parseField(fields[2 * i + 1], row.Spread))
+            loadError_ = true;
+        // A band must step: no step (0) or a negative one has no ladder.
+        if (!(row.Spread > 0))
             loadError_ = true;
     }
     if (!rows_.empty())
@@ -100,7 +112,10 @@ bool TSpreadTable::onLadder(const TSpreadRow& band, double price) noexcept
     const double q = difference / band.Spread;
     const double f = q - std::floor(q);
     const double g = std::ceil(q) - q;
-    return f < kLadderTolerance || g < kLadderTolerance;
+    const double magnitude = std::fabs(band.UpperBound) + std::fabs(price);
+    const double tolerance = std::max(
+        kLadderTolerance, kRoundingUlps * std::numeric_limits<double>::epsilon() * magnitude / band.Spread);
+    return f < tolerance || g < tolerance;
 }
 
 int TSpreadTable::bandIndex(const std::vector<TSpreadRow>& rows, double price) noexcept
@@ -146,6 +161,8 @@ bool TSpreadTable::ValidatePrice(double price) const noexcept
 double TSpreadTable::GetNextPrice(double price, int steps) const noexcept
 {
     const std::vector<TSpreadRow>& rows = ladder();
+    if (!std::isfinite(price))
+        return price;
     // One ladder point per round; each round starts from the previous
     // round's unrounded price. The band is found once per round; the moves
     // are GetUpSpread's and GetDownSpread's.
@@ -168,13 +185,14 @@ double TSpreadTable::GetNextPrice(double price, int steps) const noexcept
             down = price - below;
             up = above - price;
         }
-        if (steps > 0) {
-            price = static_cast<double>(price + up);
-            --steps;
-        } else {
-            price = static_cast<double>(price - down);
-            ++steps;
-        }
+        const double next = static_cast<double>(steps > 0 ? price + up : price - down);
+        // The ladder ends where doubles end: a step that would leave the
+        // finite range (a huge spread, or a band too fine for doubles to
+        // tell its points apart) is not taken.
+        if (!std::isfinite(next))
+            break;
+        price = next;
+        steps += steps > 0 ? -1 : 1;
     }
     return price;
 }
@@ -208,8 +226,11 @@ double TSpreadTable::GetNearestPrice(double price) const noexcept
 double TSpreadTable::CorrectError(double value) noexcept
 {
     const double scaled = value * kCorrectionScale;
-    // 2^63: the first count of 1e-5 units a 64-bit integer cannot hold.
-    constexpr double kLimit = 9223372036854775808.0;
+    // Below 2^50 units the rounded result scales back to within a quarter of
+    // a unit of the same count, so rounding twice gives the same price. Above
+    // that (prices from about 1.1e10, far beyond any ladder's last bound) a
+    // double's own resolution is close to 1e-5 and the value stays as it is.
+    constexpr double kLimit = 1125899906842624.0; // 2^50
     if (!(std::fabs(scaled) < kLimit))
         return value;
     // The default floating-point rounding mode sends halves to even.

@@ -38,9 +38,14 @@ struct TSpreadRow
 // rows as loaded.
 //
 // Prices are compared as the dealers' screens always have: exact
-// floating-point equality at band edges and an absolute tolerance of 1e-6
-// spreads for "on the ladder"; only the GetNearest operations round their
-// result (CorrectError).
+// floating-point equality at band edges, and "on the ladder" within 1e-6
+// spreads of a ladder point, widened where the band lies so many spreads
+// below its anchor that the rounding of (bound - price) / spread is larger
+// than that: the tolerance is the larger of 1e-6 and 8 epsilons of
+// |bound| + |price| counted in spreads. So a 0.001 band anchored at
+// 10,000,000 still recognises 16000.001 (1e-6 spreads there is finer than a
+// double can resolve). Only the GetNearest operations round their result
+// (CorrectError).
 class QALPACK_EXPORT TSpreadTable
 {
 public:
@@ -50,9 +55,11 @@ public:
     // Builds the rows from `text`, split on ","; a trailing odd field is
     // ignored and an empty text gives no rows. A field that is not a decimal
     // number (point as separator, no group separators, leading blanks allowed,
-    // nothing after the number, not even blanks) sets LoadError(); its row
+    // nothing after the number, not even blanks; "inf", "nan" and numbers
+    // beyond the double range are not numbers) sets LoadError(); its row
     // still gets the number read with trailing blanks ignored, or 0, and
-    // loading goes on. Never throws.
+    // loading goes on. A spread of 0 or below also sets LoadError(): such a
+    // band has no ladder. Never throws.
     explicit TSpreadTable(const QString& text = QString());
     virtual ~TSpreadTable();
     TSpreadTable(const TSpreadTable&) = default;
@@ -101,7 +108,9 @@ public:
     // so a multi-tick call can arrive a hair above a band edge and take the
     // upper band's spread from there (four ticks down from 100.20 on the
     // pre-August-2025 securities ladder give 99.85); ticking one step at a
-    // time from the shown price does not drift.
+    // time from the shown price does not drift. A non-finite price comes back
+    // unchanged, and a step that would leave the finite range is not taken,
+    // so a finite price never gives infinity or NaN. Takes |steps| rounds.
     [[nodiscard]] double GetNextPrice(double price, int steps) const noexcept;
 
     // `price` itself when it is on the ladder; otherwise the ladder point
@@ -112,8 +121,9 @@ public:
     [[nodiscard]] double GetNearestPrice(double price) const noexcept;
 
     // `value` rounded to 5 decimal places, halves to the even neighbour
-    // (CorrectError(0.000025) is 0.00002). Values beyond a 64-bit count of
-    // 1e-5 units (about 9.2e13) and non-finite values come back unchanged.
+    // (CorrectError(0.000025) is 0.00002). Idempotent: a rounded value
+    // rounds to itself. Values of 2^50 units of 1e-5 and more (about 1.1e10)
+    // and non-finite values come back unchanged.
     [[nodiscard]] static double CorrectError(double value) noexcept;
 
 private:

@@ -936,20 +936,30 @@ int TexchOrder::RawStatus(const QString& text) const
     return rawStatusCode(text);
 }
 
+namespace {
+// A 64-bit quantity cut to 32 bits as the old desks' 32-bit arithmetic left
+// it: modulo 2^32, read as signed (4,000,000,000 gives -294,967,296).
+int wrapQuantity(std::int64_t quantity)
+{
+    return static_cast<int>(static_cast<std::int32_t>(static_cast<std::uint32_t>(quantity)));
+}
+} // namespace
+
 int TexchOrder::CalculateFillQty() const
 {
-    int filled = 0;
+    // Summed wide and wrapped once: a trade list cannot overflow 64 bits.
+    std::int64_t filled = 0;
     for (const TradeEntry& entry : Trades) {
         if (entry.trade && entry.trade->Status == StatusCompleted && entry.trade->Side == Side)
             filled += entry.trade->Fill_Qty;
     }
-    return filled;
+    return wrapQuantity(filled);
 }
 
 int TexchOrder::CalculateQueuQty() const
 {
     if (Status == StatusPending || Status == StatusPartial)
-        return Quantity - CalculateFillQty();
+        return wrapQuantity(std::int64_t(Quantity) - std::int64_t(CalculateFillQty()));
     return 0;
 }
 

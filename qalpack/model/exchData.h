@@ -362,8 +362,12 @@ public:
     // case-sensitively ("Part Canc" -> 2, "reje" -> 0).
     [[nodiscard]] virtual int RawStatus(const QString& text) const;
     // Sum of Fill_Qty over the done trades (status 3) on this order's side.
+    // Quantities are 32-bit and their sums wrap as the old desks' 32-bit
+    // arithmetic did: the exact sum modulo 2^32, read as signed (fills of
+    // 2,000,000,000 and 2,000,000,000 give -294,967,296). Never undefined.
     [[nodiscard]] virtual int CalculateFillQty() const;
-    // For pending (1) or partly filled (2) orders, Quantity less the fills; else 0.
+    // For pending (1) or partly filled (2) orders, Quantity less the fills,
+    // wrapped to 32 bits like CalculateFillQty; else 0.
     [[nodiscard]] virtual int CalculateQueuQty() const;
     [[nodiscard]] virtual int statusNumber() const { return Status; }
     // Tells every plain subscriber that this record changed (data = this).

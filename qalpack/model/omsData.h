@@ -209,7 +209,8 @@ public:
     [[nodiscard]] QString GetRemark() const override;
     // Queued quantity: 0 unless pending (1) or partly filled (2); then the sum
     // of CalculateQueuQty over the exchange orders, or, for a work order with
-    // Opt489ChildQueue, over the exchange orders of every child work order.
+    // Opt489ChildQueue, over the exchange orders of every child work order;
+    // the sum wraps to 32 bits as TexchOrder::CalculateFillQty's does.
     [[nodiscard]] int CalculateQueuQty() const override;
 
     using TexchOrder::assign;

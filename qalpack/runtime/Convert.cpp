@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <string>
 
 namespace qal {
 namespace {
@@ -15,24 +16,37 @@ constexpr bool isBlank(char16_t c)
 }
 
 // Numbers are plain ASCII; copy the significant part into a byte buffer for
-// std::from_chars, which is locale-independent. Anything longer than any
-// valid number, or any non-ASCII character, is rejected up front.
-struct AsciiBuffer
+// std::from_chars, which is locale-independent. Any non-ASCII character is
+// rejected up front. Texts of any length are read: the writer's own fixed
+// six-decimal text of a large price runs past 300 characters. Short texts,
+// all the usual ones, stay on the stack.
+class AsciiBuffer
 {
-    std::array<char, 128> bytes; // only the first `size` bytes are written and read
-    std::size_t size = 0;
-
+public:
     bool assign(QStringView text)
     {
-        if (text.size() >= qsizetype(bytes.size()))
-            return false;
+        char* out = bytes_.data();
+        if (text.size() > qsizetype(bytes_.size())) {
+            long_.resize(std::size_t(text.size()));
+            out = long_.data();
+        }
+        data_ = out;
         for (const QChar c : text) {
             if (c.unicode() > 0x7f)
                 return false;
-            bytes[size++] = char(c.unicode());
+            *out++ = char(c.unicode());
         }
+        size_ = std::size_t(text.size());
         return true;
     }
+    [[nodiscard]] const char* data() const { return data_; }
+    [[nodiscard]] std::size_t size() const { return size_; }
+
+private:
+    std::array<char, 128> bytes_; // only the first size_ bytes are written and read
+    std::string long_;
+    const char* data_ = bytes_.data();
+    std::size_t size_ = 0;
 };
 
 QStringView trimLeading(QStringView text)
@@ -175,10 +189,10 @@ bool TryStrToInt(QStringView text, int& value) noexcept
     if (readShortDecimal(text, value))
         return true;
     AsciiBuffer buf;
-    if (!buf.assign(trimLeading(text)) || buf.size == 0)
+    if (!buf.assign(trimLeading(text)) || buf.size() == 0)
         return false;
-    const char* first = buf.bytes.data();
-    const char* last = first + buf.size;
+    const char* first = buf.data();
+    const char* last = first + buf.size();
     bool negative = false;
     if (*first == '-' || *first == '+') {
         negative = *first == '-';
@@ -210,10 +224,10 @@ bool TryStrToFloat(QStringView text, long double& value) noexcept
     if (readShortDecimal(text, value))
         return true;
     AsciiBuffer buf;
-    if (!buf.assign(trimTrailing(trimLeading(text))) || buf.size == 0)
+    if (!buf.assign(trimTrailing(trimLeading(text))) || buf.size() == 0)
         return false;
-    const char* first = buf.bytes.data();
-    const char* last = first + buf.size;
+    const char* first = buf.data();
+    const char* last = first + buf.size();
     bool negative = false;
     if (*first == '-' || *first == '+') {
         negative = *first == '-';
@@ -224,7 +238,10 @@ bool TryStrToFloat(QStringView text, long double& value) noexcept
         return false;
     long double parsed = 0;
     const auto [ptr, ec] = std::from_chars(first, last, parsed, std::chars_format::general);
-    if (ec != std::errc() || ptr != last || !std::isfinite(parsed))
+    // Prices and spreads are doubles wherever they go from here (screens,
+    // spread tables, the database): a number beyond the double range would
+    // turn into infinity there, so it fails here like any other bad text.
+    if (ec != std::errc() || ptr != last || !std::isfinite(static_cast<double>(parsed)))
         return false;
     value = negative ? -parsed : parsed;
     return true;

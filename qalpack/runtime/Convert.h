@@ -20,7 +20,11 @@ namespace qal {
 // one. "." is the decimal separator whatever the locale; no group separators.
 // Accepted: blanks before and after, an optional sign, digits with an
 // optional fraction and exponent ("1e3" is 1000). Rejected: empty text,
-// trailing characters, "inf"/"nan", and values out of range.
+// trailing characters, "inf"/"nan", and values outside the range of a double
+// ("1e309", "-1e400": they would become infinite as a double price). Values
+// too small for a double are accepted and read as they are (they become 0 or
+// a subnormal as a double). Texts of any length are read, so every price text
+// that DDSAddDouble writes reads back.
 [[nodiscard]] QALPACK_EXPORT long double StrToFloatDef(QStringView text, long double fallback = 0) noexcept;
 
 // The same conversions, telling whether the text was a valid number.

@@ -315,6 +315,22 @@ TEST(QalDbInit, BadCommandLinesAndAliasesAreRefusedClearly)
     EXPECT_TRUE(help.out.contains(u"--sample"));
 }
 
+// A new order is not saved at a price nobody typed: a price that is not a
+// number (or beyond the double range) is refused with the field named.
+TEST(QalSave, RefusesPricesThatAreNotNumbers)
+{
+    const ShippedConfig config;
+    for (const char* price : { "1e400", "12,5", "inf" }) {
+        SCOPED_TRACE(price);
+        const ToolRun run
+            = qal({ "save", QStringLiteral("H|10|AC1|0|0005.HK|11|0|4|1000|3|%1|13|D001").arg(price) },
+                config.omsIni());
+        EXPECT_EQ(run.exitCode, 1);
+        EXPECT_TRUE(run.err.contains(QStringLiteral("tag 3: \"%1\" is not a price").arg(price)))
+            << run.err.toStdString();
+    }
+}
+
 TEST(QalDbInit, PostgresAliasGetsTheSameDayAsTheEmbeddedDatabase)
 {
     std::string whyNot;

@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QRegularExpression>
 
 #include <gtest/gtest.h>
 
@@ -132,6 +133,66 @@ TEST(QalDecode, ClientOrdersShowTheirRemarkAndRemainingQuantity)
     EXPECT_EQ(object[u"remark"].toString(), u"Work;SS;Odd;REV:A123;");
     EXPECT_EQ(object[u"remainingQty"].toInt(), 600);
     EXPECT_EQ(qal({ "decode", "--order", "--trade", "H|0|A" }).exitCode, 2);
+}
+
+} // namespace
+
+namespace {
+
+// Numbers that no double holds, and spreads that do not step, give a clear
+// error or the lenient result, never "nan" or "inf".
+TEST(QalTick, OutOfRangePricesAndSpreadsThatDoNotStepAreRefused)
+{
+    const ToolRun huge = qal({ "tick", "1e309" });
+    EXPECT_EQ(huge.exitCode, 1);
+    EXPECT_TRUE(huge.err.contains(u"\"1e309\" is not a price")) << huge.err.toStdString();
+    EXPECT_FALSE(huge.out.contains(u"nan"));
+
+    for (const char* spread : { "10,0", "10,-1", "10,1e400", "10,nan" }) {
+        SCOPED_TRACE(spread);
+        const ToolRun run = qal({ "tick", "--json", "--spread", spread, "5.5" });
+        EXPECT_EQ(run.exitCode, 0);
+        EXPECT_TRUE(run.err.contains(u"Reset order input spread size to 1.")) << run.err.toStdString();
+        const QJsonObject object = QJsonDocument::fromJson(run.out.toUtf8()).object();
+        EXPECT_EQ(object[u"up"].toDouble(), 6);
+        EXPECT_EQ(object[u"down"].toDouble(), 5);
+    }
+}
+
+TEST(QalTick, StepsAreBounded)
+{
+    const ToolRun tooMany = qal({ "tick", "--steps", "2147483647", "1" });
+    EXPECT_EQ(tooMany.exitCode, 2);
+    EXPECT_TRUE(tooMany.err.contains(u"--steps takes at most 100000 ticks")) << tooMany.err.toStdString();
+    EXPECT_EQ(qal({ "tick", "--steps", "100001", "1" }).exitCode, 2);
+
+    const ToolRun most
+        = qal({ "tick", "--json", "--ladder", "sehk_securities", "--steps", "100000", "9995" });
+    EXPECT_EQ(most.exitCode, 0) << most.err.toStdString();
+    EXPECT_EQ(QJsonDocument::fromJson(most.out.toUtf8()).object()[u"above"].toDouble(), 9995 + 5 * 100000.0);
+}
+
+// The message written back holds the price in full and reads back as it.
+TEST(QalDecode, LargePricesReadBackFromTheMessageWrittenBack)
+{
+    const auto writtenBack = [](const QString& message) {
+        const ToolRun run = qal({ "decode", message });
+        EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+        for (const QString& line : run.out.split(u'\n')) {
+            if (const QString field = line.trimmed(); field.startsWith(u"message "))
+                return field.mid(8).trimmed();
+        }
+        return QString();
+    };
+    // The double nearest 1e121, in full: 122 digits and six decimals.
+    const QString first = writtenBack(QStringLiteral("H|0|X|4|1|3|1e121"));
+    EXPECT_TRUE(
+        first.contains(QRegularExpression(QStringLiteral("\\|3\\|10000000000000000\\d{105}\\.000000\\|"))))
+        << first.toStdString();
+    EXPECT_EQ(writtenBack(QStringLiteral("H|") + first), first);
+
+    const QString beyond = writtenBack(QStringLiteral("H|0|X|4|1|3|1e400"));
+    EXPECT_TRUE(beyond.contains(u"|3|0.000000|")) << beyond.toStdString();
 }
 
 } // namespace

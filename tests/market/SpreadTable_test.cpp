@@ -3,7 +3,10 @@
 // snapping, and the Hong Kong exchange's ladders in config/spreads.
 #include "qalpack/market/SpreadTable.h"
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
 #include <QDir>
@@ -53,6 +56,11 @@ TEST(SpreadTable, BuildsRowsFromText)
         { "TrailingNewlineFlagsError", "10,0.5,20,1\n", true, { 10, 0.5, kTop, 1 } },
         { "EmptyFieldFlagsError", "10,,20,1", true, { 10, 0, kTop, 1 } },
         { "BeyondDoubleFlagsError", "1e400,1,20,1", true, { 0, 1, kTop, 1 } },
+        { "ZeroSpreadFlagsError", "10,0", true, { kTop, 0 } },
+        { "NegativeSpreadFlagsError", "10,0.5,20,-1", true, { 10, 0.5, kTop, -1 } },
+        { "NaNSpreadFlagsError", "10,nan", true, { kTop, 0 } },
+        { "InfiniteSpreadFlagsError", "10,inf", true, { kTop, 0 } },
+        { "SpreadBeyondDoubleFlagsError", "10,1e309", true, { kTop, 0 } },
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -238,6 +246,104 @@ TEST(SpreadTable, ExchangeLaddersAroundEveryBandEdge)
             EXPECT_EQ(table.GetNearestDownPrice(edge - 0.3 * lo), ticks[1]);
         }
     }
+}
+
+// A table that failed to load ticks by 1 whatever its text: no NaN from a
+// zero spread, and "up" never below "down" from a negative one.
+TEST(SpreadTable, FailedSpreadsTickByOne)
+{
+    for (const char* text : { "10,0", "10,-1", "10,0.5,20,0", "10,nan" }) {
+        SCOPED_TRACE(text);
+        const TSpreadTable table(QString::fromLatin1(text));
+        ASSERT_TRUE(table.LoadError());
+        EXPECT_EQ(table.GetNextPrice(5, 1), 6);
+        EXPECT_EQ(table.GetNextPrice(5, -1), 4);
+        EXPECT_EQ(table.GetNearestPrice(5.3), 5);
+        EXPECT_TRUE(table.ValidatePrice(12));
+    }
+}
+
+// Every tick of every band is on the ladder and every midpoint between two
+// ticks is not, in the shipped ladders and in ladders whose fine last band
+// lies up to 1e10 spreads below its anchor at 10,000,000.
+TEST(SpreadTable, EveryBandRecognisesItsTicks)
+{
+    // Ticks in thousandths: every spread here is a whole number of them, so
+    // a tick's text is exact and reads as the price a dealer types.
+    const auto price = [](long long milli) {
+        const long long magnitude = milli < 0 ? -milli : milli;
+        return QString::asprintf("%s%lld.%03lld", milli < 0 ? "-" : "", magnitude / 1000, magnitude % 1000)
+            .toDouble();
+    };
+    const auto floorDiv = [](long long a, long long b) { return a / b - (a % b != 0 && (a < 0) != (b < 0)); };
+    using Range = std::pair<long long, long long>; // (from, to] in thousandths
+    const struct
+    {
+        const char* name;
+        QString source;
+        std::vector<Range> ranges;
+    } ladders[] = {
+        // From 0 up to 20,000, the published bands and the opened last band.
+        { "SehkSecurities", kNew, { { 0, 20000000 } } },
+        { "SehkSecuritiesBefore2025", kOld, { { 0, 20000000 } } },
+        { "SehkEtp", kEtp, { { 0, 20000000 } } },
+        { "FineLastBand", "10,0.01,20000,0.001",
+            { { 8000, 12000 }, { 15990000, 16010000 }, { 9999990000, 10000010000 },
+                { 19999990000, 20000000000 } } },
+        { "FineLastBandAfterCoarse", "0.5,0.5,100,0.001", { { -5000, 1500 }, { 99000, 101000 } } },
+    };
+    for (const auto& ladder : ladders) {
+        SCOPED_TRACE(ladder.name);
+        const TSpreadTable table = tableOf(ladder.source);
+        ASSERT_FALSE(table.LoadError());
+        int misses = 0;
+        for (const auto& [from, to] : ladder.ranges) {
+            long long lower = std::numeric_limits<long long>::min();
+            for (std::size_t i = 0; i < table.Rows().size(); ++i) {
+                const TSpreadRow& row = table.Rows()[i];
+                const long long anchor = std::llround(row.UpperBound * 1000);
+                const long long spread = std::llround(row.Spread * 1000);
+                // The band holds (lower, anchor]; the last one goes on above.
+                const long long top = i + 1 == table.Rows().size() ? to : std::min(anchor, to);
+                const long long bottom = std::max(lower, from);
+                lower = anchor;
+                if (top <= bottom)
+                    continue;
+                for (long long tick = anchor + floorDiv(top - anchor, spread) * spread; tick > bottom;
+                     tick -= spread) {
+                    const double p = price(tick);
+                    const bool valid = table.ValidatePrice(p);
+                    const bool midpointValid = table.ValidatePrice(p - row.Spread / 2);
+                    if ((!valid || midpointValid) && ++misses <= 5)
+                        ADD_FAILURE()
+                            << "band " << i << " price " << price(tick)
+                            << (valid ? ": midpoint below taken as a tick" : ": tick not recognised");
+                }
+            }
+        }
+    }
+}
+
+TEST(SpreadTable, RoundingIsIdempotentAndSteppingStaysFinite)
+{
+    std::vector<double> values { 0.000025, -0.000035, 12.345675, 1e10 + 0.000015, 1.1e10 + 0.000015, 9.2e13,
+        1e300, -1e300, std::numeric_limits<double>::denorm_min() };
+    for (int k = 0; k < 2000; ++k)
+        values.push_back(std::ldexp(1.0 + k / 2000.0, k % 50 - 10));
+    for (const double value : values) {
+        const double once = TSpreadTable::CorrectError(value);
+        EXPECT_EQ(TSpreadTable::CorrectError(once), once) << value;
+    }
+
+    const TSpreadTable huge("10,1e308");
+    const double max = std::numeric_limits<double>::max();
+    EXPECT_TRUE(std::isfinite(huge.GetNextPrice(1e308, 3)));
+    EXPECT_TRUE(std::isfinite(huge.GetNextPrice(-1e308, -3)));
+    EXPECT_TRUE(std::isfinite(huge.GetNearestUpPrice(max)));
+    const TSpreadTable tiny("10,0.01,20,5e-324");
+    ASSERT_FALSE(tiny.LoadError());
+    EXPECT_TRUE(std::isfinite(tiny.GetNextPrice(12.5, 2)));
+    EXPECT_TRUE(std::isfinite(tiny.GetNearestPrice(12.5)));
 }
 
 } // namespace

@@ -2,8 +2,10 @@
 // What blotters rely on in the exchange order and trade records.
 #include "qalpack/model/exchData.h"
 
+#include <bit>
 #include <cmath>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -254,6 +256,37 @@ TEST(ExchangeOrder, FillAndQueueCountOnlyDoneTradesOnTheOrdersSide)
         SCOPED_TRACE(status);
         order.Status = status;
         EXPECT_EQ(order.CalculateQueuQty(), 0);
+    }
+}
+
+// Quantities are 32-bit and their sums wrap as the old desks' arithmetic did.
+TEST(ExchangeOrder, FillAndQueueSumsWrapAt32Bits)
+{
+    const struct
+    {
+        const char* name;
+        int quantity;
+        std::vector<int> fills;
+        int fillQty;
+        int queueQty;
+    } cases[] = {
+        { "TwoBigFillsWrapNegative", 1000, { 2000000000, 2000000000 }, -294967296, 294968296 },
+        { "SumJustFits", 2147483647, { 2147483646, 1 }, 2147483647, 0 },
+        { "NegativeFillsWrapPositive", 0, { -2147483647 - 1, -1 }, 2147483647, -2147483647 },
+        { "QueueOfAMinimalQuantityWraps", -2147483647 - 1, { 1 }, 1, 2147483647 },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        TexchOrder order(QStringLiteral("H|7|E1|11|0|5|2"));
+        order.Quantity = c.quantity;
+        std::vector<std::unique_ptr<TomsTrade>> trades;
+        for (const int fill : c.fills) {
+            trades.push_back(std::make_unique<TomsTrade>(QStringLiteral("H|8|E1|11|0|5|3")));
+            trades.back()->Fill_Qty = fill;
+            order.addTrade(trades.back().get());
+        }
+        EXPECT_EQ(order.CalculateFillQty(), c.fillQty);
+        EXPECT_EQ(order.CalculateQueuQty(), c.queueQty);
     }
 }
 
@@ -621,6 +654,67 @@ TEST(MessageWriting, PricesAreWrittenAsFixedTextWithSixDecimals)
         DDSAddDouble(message, 3, value);
         if (message != QStringLiteral("3|") + FixedText(value, 6) + u'|') {
             ADD_FAILURE() << message.toStdString() << " for " << FixedText(value, 6).toStdString();
+            if (++mismatches == 10)
+                return;
+        }
+    }
+}
+
+// A price that no double holds, or no number at all, reads as 0 like any
+// other bad number; the largest doubles still read.
+TEST(ExchangeOrder, PricesBeyondTheDoubleRangeReadAsZero)
+{
+    const struct
+    {
+        const char* text;
+        long double expected;
+    } cases[] = {
+        { "1e309", 0 },
+        { "-1e400", 0 },
+        { "inf", 0 },
+        { "nan", 0 },
+        { "1e121", 1e121L },
+        { "1.7976931348623157e308", 1.7976931348623157e308L },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        const QString text = QString::fromLatin1(c.text);
+        const TexchOrder order(QStringLiteral("H|0|X|3|%1|41|%1|4|5").arg(text));
+        EXPECT_EQ(order.Price, c.expected);
+        EXPECT_EQ(order.StopPrice, c.expected);
+        EXPECT_EQ(order.Quantity, 5);
+        const TomsTrade trade(QStringLiteral("H|8|X|3|%1").arg(text));
+        EXPECT_EQ(trade.Fill_Price, c.expected);
+    }
+}
+
+// Every finite price the writer writes reads back: the text is the price at
+// six decimals, reading it gives that value, and writing that value again
+// gives the same text, for random bit patterns and the extremes alike.
+TEST(MessageWriting, EveryFinitePriceWrittenReadsBackToTheSameText)
+{
+    std::vector<double> values { 0.0, -0.0, 12.5, 1e121, -1e121, std::numeric_limits<double>::max(),
+        -std::numeric_limits<double>::max(), std::numeric_limits<double>::min(),
+        std::numeric_limits<double>::denorm_min(), 0.0000005, 0.0000015, 9.9999995, 4294967296.0000005,
+        9007199254740993.0, 1e22, 1e23 };
+    std::mt19937_64 rng(121);
+    while (values.size() < 50000) {
+        const double value = std::bit_cast<double>(rng());
+        if (std::isfinite(value))
+            values.push_back(value);
+    }
+    for (int e = -30; e <= 308; ++e)
+        values.push_back(std::pow(10.0, e) * (1 + double(rng() % 1000) / 1000));
+    int mismatches = 0;
+    for (const double value : values) {
+        QString written;
+        DDSAddDouble(written, 3, value);
+        const TexchOrder order(QStringLiteral("H|") + written);
+        QString again;
+        DDSAddDouble(again, 3, double(order.Price));
+        const bool close = std::fabs(double(order.Price) - value) <= 5e-7 + std::fabs(value) * 1e-15;
+        if (again != written || !close) {
+            ADD_FAILURE() << written.toStdString() << " read back as " << again.toStdString();
             if (++mismatches == 10)
                 return;
         }

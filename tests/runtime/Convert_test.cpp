@@ -77,6 +77,13 @@ TEST(Convert, FloatTextsReadLenientlyWithAPointWhateverTheLocale)
         { "inf", 0 },
         { "nan", 0 },
         { "1e99999", 0 },
+        { "1e309", 0 },
+        { "-1e309", 0 },
+        { "1.8e308", 0 },
+        { "1e400", 0 },
+        { "1.7e308", 1.7e308L },
+        { "-1.7976931348623157e308", -1.7976931348623157e308L },
+        { "1e-400", 1e-400L },
         { "e3", 0 },
         { "-", 0 },
     };
@@ -86,6 +93,35 @@ TEST(Convert, FloatTextsReadLenientlyWithAPointWhateverTheLocale)
         EXPECT_EQ(StrToFloatDef(QString::fromUtf8(row.text)), row.expected);
     }
     QLocale::setDefault(QLocale::c());
+}
+
+// A price text may be as long as the writer makes it: a fixed six-decimal
+// text of a large price runs to hundreds of characters.
+TEST(Convert, LongNumberTextsReadWhole)
+{
+    const struct
+    {
+        const char* name;
+        QString text;
+        bool valid;
+        long double expected;
+    } cases[] = {
+        { "LargePriceInFixedText", QStringLiteral("1") + QString(121, u'0') + QStringLiteral(".000000"), true,
+            1e121L },
+        { "ManyLeadingZeros", QString(300, u'0') + QStringLiteral("12.5"), true, 12.5L },
+        { "TinyFraction", QStringLiteral("0.") + QString(200, u'0') + QStringLiteral("1"), true, 1e-201L },
+        { "BeyondDoubleInFixedText", QStringLiteral("1") + QString(309, u'0') + QStringLiteral(".000000"),
+            false, 0 },
+        { "LongGarbage", QString(200, u'7') + QStringLiteral("x"), false, 0 },
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        long double value = 0;
+        EXPECT_EQ(TryStrToFloat(c.text, value), c.valid);
+        if (c.valid)
+            EXPECT_EQ(value, c.expected);
+    }
+    EXPECT_EQ(StrToIntDef(QString(200, u'0') + QStringLiteral("42")), 42);
 }
 
 TEST(Convert, PricesKeepExtendedPrecision)
