@@ -160,10 +160,6 @@ enum class HandedText { Status, Side, Option, Remark, Image, Count };
 class HandedTexts : public QObject
 {
 public:
-    explicit HandedTexts(QObject* record)
-        : QObject(record)
-    { }
-
     std::array<QByteArray, std::size_t(HandedText::Count)> texts;
     std::map<QByteArray, QByteArray> properties;
 };
@@ -174,7 +170,12 @@ HandedTexts& handedTexts(QObject& record)
         if (auto* handed = dynamic_cast<HandedTexts*>(child))
             return *handed;
     }
-    return *new HandedTexts(&record);
+    // A host may read a record on another thread than the one that made it
+    // (a binding's worker thread); a child must live in its parent's thread.
+    auto* handed = new HandedTexts;
+    handed->moveToThread(record.thread());
+    handed->setParent(&record);
+    return *handed;
 }
 
 const char* keep(QByteArray& slot, QByteArray bytes)

@@ -10,6 +10,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -323,6 +324,19 @@ TEST(PlainExports, AnExchangeOrderAdoptedByAnOrderTakesItsTextsAlong)
     // The order frees the exchange order it adopted, and with it the texts
     // the exchange order handed out (AddressSanitizer reports a leak or a
     // double free otherwise).
+    qalFreeOrder(order);
+}
+
+TEST(PlainExports, ARecordMadeOnOneThreadCanBeReadOnAnother)
+{
+    QalOrder* order = qalOrderFromMessage("H|0|0005.HK|25|note|", QAL_UTF8);
+    ASSERT_NE(order, nullptr);
+    std::string remark;
+    std::thread reader([&] { remark = qalOrderRemark(order); });
+    reader.join();
+    EXPECT_EQ(remark, "note");
+    // Freed here with the text the other thread was handed (AddressSanitizer
+    // reports the text as leaked if it never became the record's).
     qalFreeOrder(order);
 }
 
