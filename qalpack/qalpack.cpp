@@ -249,8 +249,10 @@ QString propertyText(const QObject& record, const char* name, const char* functi
     case QMetaType::Int:
         return QString::number(value.toInt());
     case QMetaType::Double:
-        // The shortest text that reads back as the same number: 62.35, not 62.350000000000001.
-        return QString::number(value.toDouble(), 'g', QLocale::FloatingPointShortest);
+        // The shortest text that reads back as the same number (62.35, not
+        // 62.350000000000001), and never in exponent form (0.00001, not 1e-05),
+        // which a host's price fields would not read.
+        return QString::number(value.toDouble(), 'f', QLocale::FloatingPointShortest);
     default:
         fail(QStringLiteral("%1: %2 of %3 holds records, not text")
                  .arg(QLatin1StringView(function), QLatin1StringView(property.name()), className(record)));
@@ -268,7 +270,8 @@ void setPropertyText(QObject& record, const char* name, const char* value, const
         fail(QStringLiteral("%1: no value for %2").arg(QLatin1StringView(function), propertyName));
     const std::optional<QString> utf8 = fromUtf8(value);
     if (!utf8)
-        fail(QStringLiteral("%1: the value for %2 is not valid UTF-8").arg(QLatin1StringView(function), propertyName));
+        fail(QStringLiteral("%1: the value for %2 is not valid UTF-8")
+                 .arg(QLatin1StringView(function), propertyName));
     const QString& text = *utf8;
     QVariant typed;
     bool ok = true;

@@ -53,7 +53,8 @@ RecordApi recordApi(std::string kind, std::string fromMessageName, H* (*fromMess
         [=](const char* m, int e) -> void* { return fromMessage(m, e); },
         [=](void* h, const char* n) { return get(static_cast<H*>(h), n); },
         [=](void* h, const char* n, const char* v) { return set(static_cast<H*>(h), n, v); },
-        [=](void* h) { return status(static_cast<H*>(h)); }, [=](void* h) { return side(static_cast<H*>(h)); },
+        [=](void* h) { return status(static_cast<H*>(h)); },
+        [=](void* h) { return side(static_cast<H*>(h)); },
         [=](void* h, int e) { return image(static_cast<H*>(h), e); },
         [=](void* h) { release(static_cast<H*>(h)); } };
 }
@@ -61,7 +62,8 @@ RecordApi recordApi(std::string kind, std::string fromMessageName, H* (*fromMess
 std::vector<RecordApi> everyRecord()
 {
     return { recordApi("Order", "qalOrderFromMessage", qalOrderFromMessage, qalOrderGetProperty,
-                 qalOrderSetProperty, qalOrderStatusText, qalOrderSideText, qalOrderImageMessage, qalFreeOrder),
+                 qalOrderSetProperty, qalOrderStatusText, qalOrderSideText, qalOrderImageMessage,
+                 qalFreeOrder),
         recordApi("ExchOrder", "qalExchOrderFromMessage", qalExchOrderFromMessage, qalExchOrderGetProperty,
             qalExchOrderSetProperty, qalExchOrderStatusText, qalExchOrderSideText, qalExchOrderImageMessage,
             qalFreeExchOrder),
@@ -98,7 +100,8 @@ private:
 };
 
 class EveryRecord : public testing::TestWithParam<RecordApi>
-{ };
+{
+};
 
 std::string bytes(const QByteArray& data)
 {
@@ -227,6 +230,9 @@ TEST(PlainExports, WritablePropertiesTakeTextOfTheirType)
         { "quantity with blanks", "CQuantity", " 150 ", 0, "RQty", "150", "" },
         { "price", "WPrice", "62.4", 0, "RPrice", "62.4", "" },
         { "price as the editor's twin", "CPrice", "0.01", 0, "RPrice", "0.01", "" },
+        { "price in the millions, never in exponent form", "WPrice", "12345678.125", 0, "RPrice",
+            "12345678.125", "" },
+        { "price below a ten-thousandth", "WPrice", "0.00001", 0, "RPrice", "0.00001", "" },
         { "symbol", "WSymbol", "0700.HK", 0, "RSymbol", "0700.HK", "" },
         { "account in Chinese", "WAccount", "客戶B", 0, "RAccount", "客戶B", "" },
         { "side", "WOrder_Side", "1", 0, "RSide", "SELL", "" },
@@ -283,8 +289,7 @@ TEST(PlainExports, ClientOrderTextsAreTheClientOrdersOwn)
 
 TEST(PlainExports, TextsStayValidUntilTheSameCallOnTheSameRecord)
 {
-    QalOrder* order
-        = qalOrderFromMessage("H|0|0005.HK|4|2000|3|62.35|11|0|5|2|40|128|25|note|", QAL_UTF8);
+    QalOrder* order = qalOrderFromMessage("H|0|0005.HK|4|2000|3|62.35|11|0|5|2|40|128|25|note|", QAL_UTF8);
     QalOrder* other = qalOrderFromMessage("H|0|0700.HK|11|1|5|4|", QAL_UTF8);
     ASSERT_NE(order, nullptr);
     ASSERT_NE(other, nullptr);
@@ -367,7 +372,8 @@ TEST(PlainExports, ListPropertiesHaveNoText)
     QalOrder* order = qalOrderFromMessage("H|0|0005.HK|", QAL_UTF8);
     ASSERT_NE(order, nullptr);
     EXPECT_EQ(qalOrderGetProperty(order, "RChildWorkOrder"), nullptr);
-    EXPECT_NE(std::string(qalLastError()).find("RChildWorkOrder of TomsOrder holds records"), std::string::npos)
+    EXPECT_NE(
+        std::string(qalLastError()).find("RChildWorkOrder of TomsOrder holds records"), std::string::npos)
         << qalLastError();
     qalFreeOrder(order);
 }

@@ -36,7 +36,8 @@ class SampleDay
 public:
     SampleDay()
     {
-        const QDir shipped(QFileInfo(QStringLiteral(QAL_TOOL_PATH)).absolutePath() + QStringLiteral("/config"));
+        const QDir shipped(
+            QFileInfo(QStringLiteral(QAL_TOOL_PATH)).absolutePath() + QStringLiteral("/config"));
         EXPECT_TRUE(shipped.exists(QStringLiteral("oms.ini"))) << "no config next to the tool";
         for (const QString& name : shipped.entryList(QDir::Files))
             QFile::copy(shipped.filePath(name), dir_.filePath(name));
