@@ -143,7 +143,11 @@ template<class Handle, class Record>
 Handle* fromMessage(const char* message, int encoding, const char* function) noexcept
 {
     return guardedOr<Handle*>(nullptr, [&] {
-        const QString text = messageText(message, encoding, function);
+        QString text = messageText(message, encoding, function);
+        // A host that reads messages line by line may pass the line's end
+        // along; left on, it would turn the last value into a malformed number.
+        while (text.endsWith(u'\n') || text.endsWith(u'\r'))
+            text.chop(1);
         if (!hasTaggedField(text))
             fail(QStringLiteral("%1: no tag|value field in \"%2\"").arg(QLatin1StringView(function), text));
         return handle<Handle>(std::make_unique<Record>(text));

@@ -87,7 +87,8 @@ QALPACK_EXPORT QalMarketInfo* MarketInfoFactory(QalOrder* order);
  * it. Null, with the reason in qalLastError(), for a null or empty message,
  * a text without a single numeric tag, bytes that are not valid UTF-8 when
  * QAL_UTF8 is given, or an unknown encoding. Values are read as the servers'
- * messages are: a malformed number stores 0, unknown tags are skipped. */
+ * messages are: a malformed number stores 0, unknown tags are skipped; a
+ * line end ("\r\n" or "\n") after the last value is not part of it. */
 QALPACK_EXPORT QalOrder* qalOrderFromMessage(const char* message, int encoding);
 QALPACK_EXPORT QalExchOrder* qalExchOrderFromMessage(const char* message, int encoding);
 QALPACK_EXPORT QalTrade* qalTradeFromMessage(const char* message, int encoding);

@@ -110,7 +110,7 @@ std::string bytes(const QByteArray& data)
 
 // Symbol, account (with Chinese), side (sell) and status (cancelled) share
 // their tags and property names across the three records.
-const QString kSharedMessage = QStringLiteral("H|0|0005.HK|10|客戶A1|11|1|5|4|4|2000|3|62.35|");
+const QString kSharedMessage = QStringLiteral("H|0|0005.HK|10|客戶A1|11|1|4|2000|3|62.35|5|4|");
 
 TEST_P(EveryRecord, ReadsItsMessageInEitherEncoding)
 {
@@ -122,6 +122,7 @@ TEST_P(EveryRecord, ReadsItsMessageInEitherEncoding)
     } cases[] = {
         { "utf-8", bytes(kSharedMessage.toUtf8()), QAL_UTF8 },
         { "code page 950", bytes(qal::cp950::encode(kSharedMessage)), QAL_CP950 },
+        { "a line with its line end", bytes(kSharedMessage.chopped(1).toUtf8()) + "\r\n", QAL_UTF8 },
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
