@@ -9,7 +9,7 @@
 #include "qalpack/db/Backend.h"
 #include "qalpack/db/ValueText.h"
 #include "qalpack/db/DatabaseError.h"
-#include "qalpack/db/Query.h"
+#include "qalpack/db/Param.h"
 #include "qalpack/omslib/omsLog.h"
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/StringList.h"

@@ -218,6 +218,34 @@ TEST_P(StoredProcTest, UnknownNamesRaise)
     EXPECT_EQ(savedOrders(), QStringList());
 }
 
+TEST_P(StoredProcTest, ABoundProcedureRunsOnItsDatabaseAndRaisesOnceItIsGone)
+{
+    auto own = database();
+    TStoredProc bound(*own);
+    bound.SetStoredProcName("qal_new_order");
+    for (int i = 0; i < proc_.Params().Count(); ++i) {
+        const qal::TParam& declared = proc_.Params().Items(i);
+        bound.Params().CreateParam(declared.DataType(), declared.Name(), declared.ParamType());
+    }
+    bound.ParamByName(u"@p_account").SetAsString("HOUSE");
+    bound.ParamByName(u"@p_quantity").SetAsInteger(100);
+    bound.ParamByName(u"@p_price").SetAsFloat(1.5);
+    bound.ParamByName(u"@p_order_no").SetAsString("B1");
+    bound.ExecProc();
+    EXPECT_EQ(savedOrders(), QStringList({ "B1 HOUSE 100" }));
+
+    own.reset();
+    bound.ParamByName(u"@p_order_no").SetAsString("B2");
+    try {
+        bound.ExecProc();
+        FAIL() << "a procedure whose database is gone must raise";
+    } catch (const DatabaseError& error) {
+        EXPECT_EQ(error.Database(), "TESTDBDB");
+        EXPECT_TRUE(error.What().contains("deleted")) << error.message().toStdString();
+    }
+    EXPECT_EQ(savedOrders(), QStringList({ "B1 HOUSE 100" }));
+}
+
 TEST(ParamDefinitions, NameTypesAndDirectionsAsDefinitionFilesSpellThem)
 {
     EXPECT_EQ(qal::FieldTypeFromName(u"ftDateTime"), qal::TFieldType::ftDateTime);
