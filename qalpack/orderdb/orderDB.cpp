@@ -258,7 +258,7 @@ void decodeStatus(const TField& field, Record& record)
     record.Status = record.RawStatus(field.AsString());
 }
 
-// Client orders (OMSTrade_File); the mapping is documented with TomsOrder.
+// Client orders (OMSTrade_File).
 using OrderColumn = Column<TomsOrder>;
 constexpr OrderColumn kOrderColumns[] = {
     OrderColumn::text(u"Order_No", &TomsOrder::OmsOrder_No),
