@@ -66,8 +66,9 @@ public:
 
     // Runs the statement and moves to its first row; does nothing when the
     // query is open already. Throws DatabaseError when the database cannot
-    // be found or opened, a parameter has no value, the server refuses the
-    // statement, or the statement returns no rows (use ExecSQL for those).
+    // be found or opened (or the bound one has been deleted), a parameter has
+    // no value, the server refuses the statement, or the statement returns no
+    // rows (use ExecSQL for those).
     void Open();
     // Runs a statement that returns no rows (insert, update, DDL).
     void ExecSQL();

@@ -56,14 +56,13 @@ void newOrder(TParams& params, qal::TDatabase& database)
     const double price = input("@p_price") ? input("@p_price")->AsFloat() : 1.5;
     QString orderNo = input("@p_order_no") ? input("@p_order_no")->AsString() : QString();
     if (orderNo.isEmpty()) {
-        TQuery count;
-        count.SetDatabaseName(database.DatabaseName());
+        TQuery count(database);
         count.SQL().Add("select count(*) + 1 as next_no from orders");
         count.Open();
         orderNo = "N" + count.FieldByName("next_no").AsString();
     }
-    TQuery insert;
-    insert.SetDatabaseName(database.DatabaseName());
+    // Bound to the connection the procedure runs in, inside its transaction.
+    TQuery insert(database);
     insert.SQL().Add(
         "insert into orders (order_no, account, quantity, price) values (:no, :account, :qty, :price)");
     insert.ParamByName(u"no").SetAsString(orderNo);
