@@ -53,6 +53,17 @@ void TParam::SetParamType(TParamType type)
     paramType_ = type;
 }
 
+bool TParam::IsInput() const
+{
+    return paramType_ != TParamType::ptOutput && paramType_ != TParamType::ptResult;
+}
+
+bool TParam::IsOutput() const
+{
+    return paramType_ == TParamType::ptOutput || paramType_ == TParamType::ptInputOutput
+        || paramType_ == TParamType::ptResult;
+}
+
 bool TParam::Bound() const
 {
     return bound_;
@@ -262,7 +273,10 @@ QVariant TParam::Value() const
     struct Visitor
     {
         QVariant operator()(std::monostate) const { return {}; }
-        QVariant operator()(qint64 v) const { return backend::fitsInt(v) ? QVariant(int(v)) : QVariant(qlonglong(v)); }
+        QVariant operator()(qint64 v) const
+        {
+            return backend::fitsInt(v) ? QVariant(int(v)) : QVariant(qlonglong(v));
+        }
         QVariant operator()(double v) const { return v; }
         QVariant operator()(bool v) const { return v; }
         QVariant operator()(const QString& v) const { return v; }

@@ -33,6 +33,10 @@ public:
     void SetDataType(TFieldType type);
     [[nodiscard]] TParamType ParamType() const;
     void SetParamType(TParamType type);
+    // Whether a stored procedure is given the value (input, input-output, or
+    // no direction set) and whether it sets it (output, input-output, result).
+    [[nodiscard]] bool IsInput() const;
+    [[nodiscard]] bool IsOutput() const;
 
     [[nodiscard]] bool Bound() const;
     [[nodiscard]] bool IsNull() const;

@@ -90,17 +90,6 @@ TParam* findParam(TParams& params, QStringView name)
     return nullptr;
 }
 
-bool isInput(const TParam& param)
-{
-    return param.ParamType() != TParamType::ptOutput && param.ParamType() != TParamType::ptResult;
-}
-
-bool isOutput(const TParam& param)
-{
-    return param.ParamType() == TParamType::ptOutput || param.ParamType() == TParamType::ptInputOutput
-        || param.ParamType() == TParamType::ptResult;
-}
-
 // Binds the column parameter `target` from the caller's `given` parameter,
 // or from the default when the caller left it unset. An explicit null stays
 // null.
@@ -173,7 +162,7 @@ void insertNewOrder(TParams& params, TDatabase& database)
 {
     for (int i = 0; i < params.Count(); ++i) {
         const TParam& param = params.Items(i);
-        if (!isInput(param) || !param.Bound())
+        if (!param.IsInput() || !param.Bound())
             continue;
         const QStringView name = bareName(param);
         const bool known = std::any_of(inputParams().begin(), inputParams().end(),
@@ -206,9 +195,9 @@ void insertNewOrder(TParams& params, TDatabase& database)
     insert.ParamByName(u"created").SetAsDateTime(created);
     insert.ExecSQL();
 
-    if (TParam* out = findParam(params, u"m_order_no"); out && isOutput(*out))
+    if (TParam* out = findParam(params, u"m_order_no"); out && out->IsOutput())
         out->SetAsString(number);
-    if (TParam* out = findParam(params, u"m_createtime"); out && isOutput(*out))
+    if (TParam* out = findParam(params, u"m_createtime"); out && out->IsOutput())
         out->SetAsDateTime(created);
 }
 

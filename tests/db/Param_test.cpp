@@ -55,4 +55,30 @@ TEST(Param, ConvertsOnReadAndTakesItsTypeFromTheFirstValue)
     }
 }
 
+// A stored procedure is given its input and input-output parameters (and
+// those declared without a direction) and sets its output, input-output and
+// result parameters.
+TEST(Param, DirectionSaysWhatAProcedureReadsAndSets)
+{
+    using qal::TParamType;
+    const struct
+    {
+        TParamType type;
+        bool input;
+        bool output;
+    } rows[] = {
+        { TParamType::ptUnknown, true, false },
+        { TParamType::ptInput, true, false },
+        { TParamType::ptOutput, false, true },
+        { TParamType::ptInputOutput, true, true },
+        { TParamType::ptResult, false, true },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(qal::ParamTypeName(row.type).toStdString());
+        const qal::TParam param("@p", TFieldType::ftInteger, row.type);
+        EXPECT_EQ(param.IsInput(), row.input);
+        EXPECT_EQ(param.IsOutput(), row.output);
+    }
+}
+
 } // namespace
