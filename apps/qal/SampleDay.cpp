@@ -239,10 +239,10 @@ double money(double amount)
 class TableWriter
 {
 public:
-    TableWriter(const TDatabase& database, const QString& table, const QStringList& columns)
+    TableWriter(TDatabase& database, const QString& table, const QStringList& columns)
         : columns_(columns)
     {
-        query_.SetDatabaseName(database.DatabaseName());
+        query_.SetDatabase(database);
         QStringList params;
         for (const QString& column : columns)
             params << QStringLiteral(":") + column;

@@ -131,6 +131,17 @@ QStringList Connection::firstColumn(const QString& sql)
     return values;
 }
 
+bool isParamName(const QString& name, QStringView expected)
+{
+    return name.compare(expected, Qt::CaseInsensitive) == 0;
+}
+
+QString statementSnippet(const QString& sql)
+{
+    const QString text = sql.simplified();
+    return text.size() > 80 ? text.left(77) + QStringLiteral("...") : text;
+}
+
 std::unique_ptr<Connection> openConnection(
     const QString& driver, const TStringList& params, const QString& database)
 {

@@ -153,5 +153,12 @@ protected:
 [[nodiscard]] std::unique_ptr<Connection> openConnection(
     const QString& driver, const TStringList& params, const QString& database);
 
+// What the drivers share in reading their parameter lines and reporting
+// failures: whether a line's name is `expected` (without regard to case),
+// and the start of a statement for an error message, on one line and at
+// most 80 characters.
+[[nodiscard]] bool isParamName(const QString& name, QStringView expected);
+[[nodiscard]] QString statementSnippet(const QString& sql);
+
 } // namespace backend
 } // namespace qal

@@ -2,7 +2,7 @@
 // A connection to one database of the default session, opened through an
 // alias (driver and parameter lines from the alias file) or a driver name,
 // with its own "user name" and "password" lines on top. Queries and stored
-// procedures reach it by its DatabaseName.
+// procedures are bound to it (SetDatabase) or reach it by its DatabaseName.
 #pragma once
 
 #include <functional>

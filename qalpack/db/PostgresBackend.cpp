@@ -8,9 +8,9 @@
 #include <libpq-fe.h>
 
 #include "qalpack/db/Backend.h"
-#include "qalpack/db/ValueText.h"
 #include "qalpack/db/DatabaseError.h"
-#include "qalpack/db/Query.h"
+#include "qalpack/db/Param.h"
+#include "qalpack/db/ValueText.h"
 #include "qalpack/omslib/omsLog.h"
 #include "qalpack/runtime/StringList.h"
 
@@ -24,12 +24,6 @@ using Result = std::unique_ptr<PGresult, decltype(&PQclear)>;
 // Date-times come back as "yyyy-mm-dd hh:nn:ss" whatever the server's default;
 // set on every new session, a reconnected one included.
 constexpr const char* datestyle = "SET datestyle TO 'ISO, YMD'";
-
-QString snippet(const QString& sql)
-{
-    const QString text = sql.simplified();
-    return text.size() > 80 ? text.left(77) + QStringLiteral("...") : text;
-}
 
 // libpq's messages span lines ("...failed: Connection refused\n\tIs the
 // server running..."): one line reads better in a log and a status bar.
@@ -155,17 +149,6 @@ QString argumentName(const TParam& param)
     return name;
 }
 
-bool isOutput(const TParam& param)
-{
-    return param.ParamType() == TParamType::ptOutput || param.ParamType() == TParamType::ptInputOutput
-        || param.ParamType() == TParamType::ptResult;
-}
-
-bool isInput(const TParam& param)
-{
-    return param.ParamType() != TParamType::ptOutput && param.ParamType() != TParamType::ptResult;
-}
-
 class PostgresConnection final : public backend::Connection
 {
 public:
@@ -209,7 +192,7 @@ public:
         std::vector<backend::Value> values;
         for (int i = 0; i < params.Count(); ++i) {
             const TParam& param = params.Items(i);
-            if (!isInput(param) || !param.Bound())
+            if (!param.IsInput() || !param.Bound())
                 continue;
             const QString argument = argumentName(param);
             if (!isIdentifier(argument)) {
@@ -229,7 +212,7 @@ public:
         const bool hasRow = PQntuples(result.get()) > 0;
         for (int i = 0; i < params.Count(); ++i) {
             TParam& param = params.Items(i);
-            if (!isOutput(param))
+            if (!param.IsOutput())
                 continue;
             const QString wanted = argumentName(param);
             int column = -1;
@@ -349,7 +332,7 @@ public:
         if (!state.isEmpty())
             message += QStringLiteral(" (SQLSTATE %1)").arg(state);
         if (showSql)
-            message += QStringLiteral(" [%1]").arg(snippet(sql.toString()));
+            message += QStringLiteral(" [%1]").arg(backend::statementSnippet(sql.toString()));
         throw DatabaseError(database_, message);
     }
 
@@ -372,7 +355,9 @@ private:
     {
         if (PQstatus(connection_) != CONNECTION_BAD)
             return;
-        omsLogMsg(QStringLiteral("Database %1: the connection to the server was lost, reconnecting").arg(database_), 1);
+        omsLogMsg(
+            QStringLiteral("Database %1: the connection to the server was lost, reconnecting").arg(database_),
+            1);
         PQreset(connection_);
         if (PQstatus(connection_) != CONNECTION_OK) {
             throw DatabaseError(database_,
@@ -533,18 +518,13 @@ void PostgresCursor::settle()
     }
 }
 
-bool isNamed(const QString& name, QStringView expected)
-{
-    return name.compare(expected, Qt::CaseInsensitive) == 0;
-}
-
 QByteArray keywordFor(const QString& name)
 {
-    if (isNamed(name, u"HOST") || isNamed(name, u"SERVER NAME"))
+    if (backend::isParamName(name, u"HOST") || backend::isParamName(name, u"SERVER NAME"))
         return "host";
-    if (isNamed(name, u"DATABASE") || isNamed(name, u"DATABASE NAME"))
+    if (backend::isParamName(name, u"DATABASE") || backend::isParamName(name, u"DATABASE NAME"))
         return "dbname";
-    if (isNamed(name, u"USER NAME"))
+    if (backend::isParamName(name, u"USER NAME"))
         return "user";
     return name.toLower().replace(u' ', u'_').toUtf8();
 }

@@ -7,9 +7,9 @@
 #include <sqlite3.h>
 
 #include "qalpack/db/Backend.h"
-#include "qalpack/db/ValueText.h"
 #include "qalpack/db/DatabaseError.h"
-#include "qalpack/db/Query.h"
+#include "qalpack/db/Param.h"
+#include "qalpack/db/ValueText.h"
 #include "qalpack/omslib/omsLog.h"
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/StringList.h"
@@ -24,13 +24,6 @@ std::map<QString, TSqliteProcedure>& procedures()
 {
     static std::map<QString, TSqliteProcedure> registry;
     return registry;
-}
-
-// The start of a statement for error messages, on one line.
-QString snippet(const QString& sql)
-{
-    const QString text = sql.simplified();
-    return text.size() > 80 ? text.left(77) + QStringLiteral("...") : text;
 }
 
 TFieldType typeFromDeclaration(const char* declared)
@@ -93,7 +86,8 @@ public:
         if (rc != SQLITE_ROW && rc != SQLITE_DONE) {
             throw DatabaseError(database_,
                 QStringLiteral("query failed: %1 [%2]")
-                    .arg(QString::fromUtf8(sqlite3_errmsg(sqlite3_db_handle(statement_))), snippet(sql_)));
+                    .arg(QString::fromUtf8(sqlite3_errmsg(sqlite3_db_handle(statement_))),
+                        backend::statementSnippet(sql_)));
         }
         if (types_.empty())
             learnTypes();
@@ -193,14 +187,14 @@ public:
         sqlite3_stmt* statement = prepare(text.constData(), text.constData() + text.size(), tail, sql);
         auto cursor = std::make_unique<SqliteCursor>(statement, database_, sql);
         if (!statement)
-            throw DatabaseError(
-                database_, QStringLiteral("the query holds no statement [%1]").arg(snippet(sql)));
+            throw DatabaseError(database_,
+                QStringLiteral("the query holds no statement [%1]").arg(backend::statementSnippet(sql)));
         sqlite3_stmt* extra = prepare(tail, text.constData() + text.size(), tail, sql);
         if (extra) {
             sqlite3_finalize(extra);
             throw DatabaseError(database_,
                 QStringLiteral("a query opens one statement, this text holds several [%1]")
-                    .arg(snippet(sql)));
+                    .arg(backend::statementSnippet(sql)));
         }
         bind(statement, params, sql);
         return cursor;
@@ -305,7 +299,8 @@ private:
     [[noreturn]] void fail(const QString& what, const QString& sql) const
     {
         throw DatabaseError(database_,
-            QStringLiteral("%1: %2 [%3]").arg(what, QString::fromUtf8(sqlite3_errmsg(db_)), snippet(sql)));
+            QStringLiteral("%1: %2 [%3]")
+                .arg(what, QString::fromUtf8(sqlite3_errmsg(db_)), backend::statementSnippet(sql)));
     }
 
     // The next statement in [from, end), or nullptr when only blanks and
@@ -349,11 +344,6 @@ private:
     QString database_;
 };
 
-bool isNamed(const QString& name, QStringView expected)
-{
-    return name.compare(expected, Qt::CaseInsensitive) == 0;
-}
-
 // The write-ahead log lets the desk save while other programs read the file
 // (a report, a second desk's blotter): readers never block a commit. The mode
 // is kept in the file, so switching once is enough; a file another program
@@ -361,7 +351,8 @@ bool isNamed(const QString& name, QStringView expected)
 void setJournalMode(sqlite3* db, const QString& mode, const QString& database)
 {
     static const QStringList known { QStringLiteral("WAL"), QStringLiteral("DELETE"),
-        QStringLiteral("TRUNCATE"), QStringLiteral("PERSIST"), QStringLiteral("MEMORY"), QStringLiteral("OFF") };
+        QStringLiteral("TRUNCATE"), QStringLiteral("PERSIST"), QStringLiteral("MEMORY"),
+        QStringLiteral("OFF") };
     if (!known.contains(mode))
         throw DatabaseError(database,
             QStringLiteral("unknown SQLite journal mode \"%1\" (known: %2)").arg(mode, known.join(u", ")));
@@ -398,15 +389,16 @@ std::unique_ptr<backend::Connection> SqliteBackend::Open(const TStringList& para
     for (int i = 0; i < params.Count(); ++i) {
         const QString name = params.Names(i).trimmed();
         const QString value = params.ValueFromIndex(i).trimmed();
-        if (isNamed(name, u"DATABASE") || isNamed(name, u"DATABASE NAME")) {
+        if (backend::isParamName(name, u"DATABASE") || backend::isParamName(name, u"DATABASE NAME")) {
             path = value;
-        } else if (isNamed(name, u"BUSY TIMEOUT")) {
+        } else if (backend::isParamName(name, u"BUSY TIMEOUT")) {
             busyTimeout = StrToIntDef(value, busyTimeout);
-        } else if (isNamed(name, u"JOURNAL MODE")) {
+        } else if (backend::isParamName(name, u"JOURNAL MODE")) {
             journalMode = value.toUpper();
-        } else if (isNamed(name, u"CREATE")) {
-            create = isNamed(value, u"TRUE") || isNamed(value, u"YES") || value == u"1";
-        } else if (!isNamed(name, u"USER NAME") && !isNamed(name, u"PASSWORD")) {
+        } else if (backend::isParamName(name, u"CREATE")) {
+            create = backend::isParamName(value, u"TRUE") || backend::isParamName(value, u"YES")
+                || value == u"1";
+        } else if (!backend::isParamName(name, u"USER NAME") && !backend::isParamName(name, u"PASSWORD")) {
             throw DatabaseError(database,
                 QStringLiteral("unknown SQLite connection parameter \"%1\"")
                     .arg(name.isEmpty() ? params.Strings(i) : name));

@@ -4,7 +4,6 @@
 #include "qalpack/db/Backend.h"
 #include "qalpack/db/Database.h"
 #include "qalpack/db/DatabaseError.h"
-#include "qalpack/db/Session.h"
 
 namespace qal {
 
@@ -12,16 +11,27 @@ TStoredProc::TStoredProc(QObject* owner)
     : QObject(owner)
 { }
 
+TStoredProc::TStoredProc(TDatabase& database, QObject* owner)
+    : QObject(owner)
+{
+    link_.bind(database);
+}
+
 TStoredProc::~TStoredProc() = default;
 
 const QString& TStoredProc::DatabaseName() const
 {
-    return databaseName_;
+    return link_.name();
+}
+
+void TStoredProc::SetDatabase(TDatabase& database)
+{
+    link_.bind(database);
 }
 
 void TStoredProc::SetDatabaseName(const QString& name)
 {
-    databaseName_ = name;
+    link_.setName(name);
 }
 
 const QString& TStoredProc::StoredProcName() const
@@ -43,18 +53,18 @@ TParam& TStoredProc::ParamByName(QStringView name)
 {
     if (TParam* param = params_.FindParam(name))
         return *param;
-    throw DatabaseError(databaseName_,
+    throw DatabaseError(link_.errorName(),
         QStringLiteral("stored procedure \"%1\" has no parameter \"%2\"").arg(procName_, name.toString()));
 }
 
 void TStoredProc::ExecProc()
 {
-    if (databaseName_.isEmpty())
-        throw DatabaseError(QStringLiteral("(no database name)"),
-            QStringLiteral("stored procedure \"%1\" names no database").arg(procName_));
+    const QString unnamed = QStringLiteral("stored procedure \"%1\" names no database").arg(procName_);
+    if (link_.isName(QString()))
+        throw DatabaseError(link_.errorName(), unnamed);
     if (procName_.trimmed().isEmpty())
-        throw DatabaseError(databaseName_, QStringLiteral("no stored procedure name is set"));
-    TDatabase& database = TSession::Default().OpenDatabase(databaseName_);
+        throw DatabaseError(link_.errorName(), QStringLiteral("no stored procedure name is set"));
+    TDatabase& database = link_.open(unnamed);
     database.connection().callProcedure(procName_, params_, database);
 }
 

@@ -9,10 +9,15 @@
 #include <QObject>
 #include <QString>
 
+#include "qalpack/db/DatabaseLink.h"
+#include "qalpack/db/Param.h"
+// Hosts have always reached TQuery and TField through this header.
 #include "qalpack/db/Query.h"
 #include "qalpack/qalpack_export.h"
 
 namespace qal {
+
+class TDatabase;
 
 class QALPACK_EXPORT TStoredProc : public QObject
 {
@@ -20,10 +25,18 @@ class QALPACK_EXPORT TStoredProc : public QObject
 
 public:
     explicit TStoredProc(QObject* owner = nullptr);
+    // Bound to `database` from the start (see SetDatabase).
+    explicit TStoredProc(TDatabase& database, QObject* owner = nullptr);
     ~TStoredProc() override;
 
-    // The database, found by name in the default session as TQuery does.
+    // The database, bound or found by name, as TQuery reaches it: the bound
+    // database's name, or the name given to SetDatabaseName.
     [[nodiscard]] const QString& DatabaseName() const;
+    // Runs the procedure on `database` itself; `database` need not outlive
+    // the procedure (ExecProc then raises DatabaseError).
+    void SetDatabase(TDatabase& database);
+    // Finds the database by name in the default session at ExecProc; drops
+    // a binding made with SetDatabase.
     void SetDatabaseName(const QString& name);
     [[nodiscard]] const QString& StoredProcName() const;
     void SetStoredProcName(const QString& name);
@@ -44,7 +57,7 @@ public:
     void ExecProc();
 
 private:
-    QString databaseName_;
+    internal::DatabaseLink link_;
     QString procName_;
     TParams params_;
 };

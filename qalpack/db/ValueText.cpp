@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include <QLocale>
 
@@ -526,6 +527,104 @@ QByteArray valueText(const Value& value)
         }
     };
     return std::visit(Visitor {}, value);
+}
+
+bool roundToInteger(double value, qint64& result)
+{
+    if (!std::isfinite(value))
+        return false;
+    const double rounded = std::nearbyint(value);
+    if (rounded < -9.2233720368547e18 || rounded > 9.2233720368547e18)
+        return false;
+    result = qint64(rounded);
+    return true;
+}
+
+bool fitsInt(qint64 value)
+{
+    return value >= std::numeric_limits<int>::min() && value <= std::numeric_limits<int>::max();
+}
+
+QString rawText(const RawValue& value)
+{
+    switch (value.kind) {
+    case RawValue::Kind::Null:
+        return {};
+    case RawValue::Kind::Integer:
+        return QString::number(value.integer);
+    case RawValue::Kind::Real:
+        return formatFloat(value.real);
+    case RawValue::Kind::Text:
+        break;
+    }
+    return QString::fromUtf8(value.text, value.size);
+}
+
+std::optional<qint64> integerOf(const RawValue& value, ValueClass kind)
+{
+    qint64 result = 0;
+    if (value.kind == RawValue::Kind::Integer)
+        return value.integer;
+    if (value.kind == RawValue::Kind::Real)
+        return roundToInteger(value.real, result) ? std::optional(result) : std::nullopt;
+    if (value.kind != RawValue::Kind::Text)
+        return std::nullopt;
+    if (parseInteger(value.text, value.size, result))
+        return result;
+    double number = 0;
+    if (kind == ValueClass::Float && parseReal(value.text, value.size, number)
+        && roundToInteger(number, result))
+        return result;
+    bool truth = false;
+    if (kind == ValueClass::Boolean && parseBoolean(value.text, value.size, truth))
+        return truth ? 1 : 0;
+    return std::nullopt;
+}
+
+std::optional<double> realOf(const RawValue& value, ValueClass kind)
+{
+    if (value.kind == RawValue::Kind::Integer)
+        return double(value.integer);
+    if (value.kind == RawValue::Kind::Real)
+        return value.real;
+    if (value.kind != RawValue::Kind::Text)
+        return std::nullopt;
+    double number = 0;
+    if (parseReal(value.text, value.size, number))
+        return number;
+    bool truth = false;
+    if (kind == ValueClass::Boolean && parseBoolean(value.text, value.size, truth))
+        return truth ? 1.0 : 0.0;
+    return std::nullopt;
+}
+
+std::optional<bool> truthOf(const RawValue& value)
+{
+    bool truth = false;
+    if (value.kind == RawValue::Kind::Integer)
+        return value.integer != 0;
+    if (value.kind == RawValue::Kind::Real)
+        return value.real != 0;
+    if (value.kind == RawValue::Kind::Text && parseBoolean(value.text, value.size, truth))
+        return truth;
+    return std::nullopt;
+}
+
+std::optional<Stamp> stampOf(const RawValue& value)
+{
+    Stamp stamp;
+    if (value.kind == RawValue::Kind::Integer)
+        return stampFromUnixSeconds(double(value.integer));
+    if (value.kind == RawValue::Kind::Real)
+        return stampFromJulianDay(value.real);
+    if (value.kind == RawValue::Kind::Text && parseStamp(value.text, value.size, stamp))
+        return stamp;
+    return std::nullopt;
+}
+
+bool isDateLike(ValueClass kind)
+{
+    return kind == ValueClass::Date || kind == ValueClass::Time || kind == ValueClass::DateTime;
 }
 
 } // namespace qal::backend

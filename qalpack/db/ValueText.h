@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // Values as text, the way the drivers hand them over and take them: strict
 // readers of numbers, booleans and date-times in driver text, the calendar
-// stamp they are read into (without QDateTime's time-zone look-ups), and the
-// writers of display and parameter text. Fields and parameters convert
-// through it on access, the same way for every driver.
+// stamp they are read into (without QDateTime's time-zone look-ups), the
+// decoders of a driver's value into what a reader asks for, and the writers
+// of display and parameter text. Fields and parameters convert through it on
+// access, the same way for every driver.
 #pragma once
+
+#include <optional>
 
 #include <QByteArray>
 #include <QDateTime>
@@ -57,5 +60,27 @@ struct Stamp
 // their shortest exact form, booleans as "true"/"false", date-times as
 // "yyyy-mm-dd hh:nn:ss[.zzz]". Empty for null.
 [[nodiscard]] QByteArray valueText(const Value& value);
+
+// Decoders of a driver's value into what a field or an output parameter is
+// asked for; empty when the value is null or not of that kind. `kind` is the
+// class of the column or parameter: text in a float column may be "12.5" when
+// an integer is asked for (rounded), in a boolean column "t" when a number is.
+[[nodiscard]] std::optional<qint64> integerOf(const RawValue& value, ValueClass kind);
+[[nodiscard]] std::optional<double> realOf(const RawValue& value, ValueClass kind);
+[[nodiscard]] std::optional<bool> truthOf(const RawValue& value);
+// Date-times come as text from both drivers; SQLite may also hold them as a
+// Julian day number (REAL) or as seconds since 1970 (INTEGER).
+[[nodiscard]] std::optional<Stamp> stampOf(const RawValue& value);
+// The value as the driver holds it, as text: "" for null, integers in
+// decimal, floats as formatFloat. Used where a value matches no type and in
+// error messages.
+[[nodiscard]] QString rawText(const RawValue& value);
+// `value` rounded to the nearest integer; false when it is not finite or lies
+// outside the 64-bit range.
+[[nodiscard]] bool roundToInteger(double value, qint64& result);
+// Whether `value` fits a 32-bit int.
+[[nodiscard]] bool fitsInt(qint64 value);
+// Date, time and date-time classes.
+[[nodiscard]] bool isDateLike(ValueClass kind);
 
 } // namespace qal::backend

@@ -272,49 +272,7 @@ void addContra(QString& s, const QString& account, const QString& user)
 
 const std::vector<Label>& exchDataLabels()
 {
-    static const std::vector<Label> labels {
-        resStrPrincipalTypeAgent,
-        resStrPrincipalTypePrincipal,
-        resStrPrincipalTypeRT,
-        resStrPrincipalTypeUnclassified,
-        resStrTradeTypeOddLot,
-        resStrTradeTypeManual,
-        resStrTradeTypePreopen,
-        resStrTradeTypeOversea,
-        resStrTradeTypeUnclassified,
-        resStrNonHedge,
-        resStrOrderHedge,
-        resStrLiquidHedge,
-        resStrNotShortSell,
-        resStrShortSell,
-        resStrMMShortSell,
-        resStrCoverShortSell,
-        resStrSettleNormal,
-        resStrSettleIsolate,
-        resStrSettleBuyIn,
-        orderShortSellLabel,
-        orderOddLotLabel,
-        orderPrincipalTypeHouse,
-        orderPrincipalTypeRT,
-        orderStopPriceLabel,
-        orderStopPriceUpTriggerLabel,
-        orderStopPriceDownTriggerLabel,
-        orderOpenLabel,
-        orderCloseLabel,
-        orderFAKLabel,
-        orderFOKLabel,
-        orderAOLabel,
-        orderEnhancedLabel,
-        orderWorkLabel,
-        orderVoidLabel,
-        orderGoodtillWeekLabel,
-        orderPreTradeLabel,
-        orderMSEQLabel,
-        orderPASSLabel,
-        orderCDOrderLabel,
-        orderOpenEndLabel,
-        orderDealerLabel,
-    };
+    static const std::vector<Label> labels(std::begin(exchDataLabelTable), std::end(exchDataLabelTable));
     return labels;
 }
 

@@ -18,52 +18,95 @@
 
 namespace qal {
 
-// Trade classification and order instruction labels, context "exchData".
-inline constexpr Label resStrPrincipalTypeAgent { "exchData", QT_TRANSLATE_NOOP("exchData", "C") };
-inline constexpr Label resStrPrincipalTypePrincipal { "exchData", QT_TRANSLATE_NOOP("exchData", "H") };
-inline constexpr Label resStrPrincipalTypeRT { "exchData", QT_TRANSLATE_NOOP("exchData", "RT") };
-inline constexpr Label resStrPrincipalTypeUnclassified { "exchData", QT_TRANSLATE_NOOP("exchData", "U") };
-inline constexpr Label resStrTradeTypeOddLot { "exchData", QT_TRANSLATE_NOOP("exchData", "O.Lot") };
-inline constexpr Label resStrTradeTypeManual { "exchData", QT_TRANSLATE_NOOP("exchData", "Manu") };
-inline constexpr Label resStrTradeTypePreopen { "exchData", QT_TRANSLATE_NOOP("exchData", "PO") };
-inline constexpr Label resStrTradeTypeOversea { "exchData", QT_TRANSLATE_NOOP("exchData", "OS") };
-inline constexpr Label resStrTradeTypeUnclassified { "exchData", QT_TRANSLATE_NOOP("exchData", "U") };
-inline constexpr Label resStrNonHedge { "exchData", QT_TRANSLATE_NOOP("exchData", "N.H.") };
-inline constexpr Label resStrOrderHedge { "exchData", QT_TRANSLATE_NOOP("exchData", "O.H.") };
-inline constexpr Label resStrLiquidHedge { "exchData", QT_TRANSLATE_NOOP("exchData", "L.H.") };
-inline constexpr Label resStrNotShortSell { "exchData", QT_TRANSLATE_NOOP("exchData", "N") };
-inline constexpr Label resStrShortSell { "exchData", QT_TRANSLATE_NOOP("exchData", "S.S.") };
-inline constexpr Label resStrMMShortSell { "exchData", QT_TRANSLATE_NOOP("exchData", "M.S.S") };
-inline constexpr Label resStrCoverShortSell { "exchData", QT_TRANSLATE_NOOP("exchData", "C.S.S") };
-inline constexpr Label resStrSettleNormal { "exchData", QT_TRANSLATE_NOOP("exchData", "Normal") };
-inline constexpr Label resStrSettleIsolate { "exchData", QT_TRANSLATE_NOOP("exchData", "Isolate") };
-inline constexpr Label resStrSettleBuyIn { "exchData", QT_TRANSLATE_NOOP("exchData", "Buy In") };
-inline constexpr Label orderShortSellLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "SS;") };
-inline constexpr Label orderOddLotLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Odd;") };
-inline constexpr Label orderPrincipalTypeHouse { "exchData", QT_TRANSLATE_NOOP("exchData", "House;") };
-inline constexpr Label orderPrincipalTypeRT { "exchData", QT_TRANSLATE_NOOP("exchData", "RT;") };
-inline constexpr Label orderStopPriceLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "STP:%.3f;") };
-inline constexpr Label orderStopPriceUpTriggerLabel { "exchData",
-    QT_TRANSLATE_NOOP("exchData", "STU:%.3f;") };
-inline constexpr Label orderStopPriceDownTriggerLabel { "exchData",
-    QT_TRANSLATE_NOOP("exchData", "STD:%.3f;") };
-inline constexpr Label orderOpenLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Open;") };
-inline constexpr Label orderCloseLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Close;") };
-inline constexpr Label orderFAKLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "FAK;") };
-inline constexpr Label orderFOKLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "FOK;") };
-inline constexpr Label orderAOLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "AO;") };
-inline constexpr Label orderEnhancedLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Enhanced;") };
-inline constexpr Label orderWorkLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Work;") };
-inline constexpr Label orderVoidLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Void;") };
-inline constexpr Label orderGoodtillWeekLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "GTC%s;") };
-inline constexpr Label orderPreTradeLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "PTA:%s;") };
-inline constexpr Label orderMSEQLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "mSEQ:%s;") };
-inline constexpr Label orderPASSLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "PASS:%s;") };
-inline constexpr Label orderCDOrderLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "CD Order;") };
-inline constexpr Label orderOpenEndLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Open End;") };
-inline constexpr Label orderDealerLabel { "exchData", QT_TRANSLATE_NOOP("exchData", "Dealer=%s;") };
+// Trade classification and order instruction labels, context "exchData", in
+// one table (what exchDataLabels lists); each name below is one row of it.
+inline constexpr Label exchDataLabelTable[] = {
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "C") }, // resStrPrincipalTypeAgent
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "H") }, // resStrPrincipalTypePrincipal
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "RT") }, // resStrPrincipalTypeRT
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "U") }, // resStrPrincipalTypeUnclassified
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "O.Lot") }, // resStrTradeTypeOddLot
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Manu") }, // resStrTradeTypeManual
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "PO") }, // resStrTradeTypePreopen
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "OS") }, // resStrTradeTypeOversea
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "U") }, // resStrTradeTypeUnclassified
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "N.H.") }, // resStrNonHedge
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "O.H.") }, // resStrOrderHedge
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "L.H.") }, // resStrLiquidHedge
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "N") }, // resStrNotShortSell
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "S.S.") }, // resStrShortSell
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "M.S.S") }, // resStrMMShortSell
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "C.S.S") }, // resStrCoverShortSell
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Normal") }, // resStrSettleNormal
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Isolate") }, // resStrSettleIsolate
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Buy In") }, // resStrSettleBuyIn
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "SS;") }, // orderShortSellLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Odd;") }, // orderOddLotLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "House;") }, // orderPrincipalTypeHouse
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "RT;") }, // orderPrincipalTypeRT
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "STP:%.3f;") }, // orderStopPriceLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "STU:%.3f;") }, // orderStopPriceUpTriggerLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "STD:%.3f;") }, // orderStopPriceDownTriggerLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Open;") }, // orderOpenLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Close;") }, // orderCloseLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "FAK;") }, // orderFAKLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "FOK;") }, // orderFOKLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "AO;") }, // orderAOLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Enhanced;") }, // orderEnhancedLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Work;") }, // orderWorkLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Void;") }, // orderVoidLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "GTC%s;") }, // orderGoodtillWeekLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "PTA:%s;") }, // orderPreTradeLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "mSEQ:%s;") }, // orderMSEQLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "PASS:%s;") }, // orderPASSLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "CD Order;") }, // orderCDOrderLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Open End;") }, // orderOpenEndLabel
+    { "exchData", QT_TRANSLATE_NOOP("exchData", "Dealer=%s;") }, // orderDealerLabel
+};
+inline constexpr const Label& resStrPrincipalTypeAgent = exchDataLabelTable[0];
+inline constexpr const Label& resStrPrincipalTypePrincipal = exchDataLabelTable[1];
+inline constexpr const Label& resStrPrincipalTypeRT = exchDataLabelTable[2];
+inline constexpr const Label& resStrPrincipalTypeUnclassified = exchDataLabelTable[3];
+inline constexpr const Label& resStrTradeTypeOddLot = exchDataLabelTable[4];
+inline constexpr const Label& resStrTradeTypeManual = exchDataLabelTable[5];
+inline constexpr const Label& resStrTradeTypePreopen = exchDataLabelTable[6];
+inline constexpr const Label& resStrTradeTypeOversea = exchDataLabelTable[7];
+inline constexpr const Label& resStrTradeTypeUnclassified = exchDataLabelTable[8];
+inline constexpr const Label& resStrNonHedge = exchDataLabelTable[9];
+inline constexpr const Label& resStrOrderHedge = exchDataLabelTable[10];
+inline constexpr const Label& resStrLiquidHedge = exchDataLabelTable[11];
+inline constexpr const Label& resStrNotShortSell = exchDataLabelTable[12];
+inline constexpr const Label& resStrShortSell = exchDataLabelTable[13];
+inline constexpr const Label& resStrMMShortSell = exchDataLabelTable[14];
+inline constexpr const Label& resStrCoverShortSell = exchDataLabelTable[15];
+inline constexpr const Label& resStrSettleNormal = exchDataLabelTable[16];
+inline constexpr const Label& resStrSettleIsolate = exchDataLabelTable[17];
+inline constexpr const Label& resStrSettleBuyIn = exchDataLabelTable[18];
+inline constexpr const Label& orderShortSellLabel = exchDataLabelTable[19];
+inline constexpr const Label& orderOddLotLabel = exchDataLabelTable[20];
+inline constexpr const Label& orderPrincipalTypeHouse = exchDataLabelTable[21];
+inline constexpr const Label& orderPrincipalTypeRT = exchDataLabelTable[22];
+inline constexpr const Label& orderStopPriceLabel = exchDataLabelTable[23];
+inline constexpr const Label& orderStopPriceUpTriggerLabel = exchDataLabelTable[24];
+inline constexpr const Label& orderStopPriceDownTriggerLabel = exchDataLabelTable[25];
+inline constexpr const Label& orderOpenLabel = exchDataLabelTable[26];
+inline constexpr const Label& orderCloseLabel = exchDataLabelTable[27];
+inline constexpr const Label& orderFAKLabel = exchDataLabelTable[28];
+inline constexpr const Label& orderFOKLabel = exchDataLabelTable[29];
+inline constexpr const Label& orderAOLabel = exchDataLabelTable[30];
+inline constexpr const Label& orderEnhancedLabel = exchDataLabelTable[31];
+inline constexpr const Label& orderWorkLabel = exchDataLabelTable[32];
+inline constexpr const Label& orderVoidLabel = exchDataLabelTable[33];
+inline constexpr const Label& orderGoodtillWeekLabel = exchDataLabelTable[34];
+inline constexpr const Label& orderPreTradeLabel = exchDataLabelTable[35];
+inline constexpr const Label& orderMSEQLabel = exchDataLabelTable[36];
+inline constexpr const Label& orderPASSLabel = exchDataLabelTable[37];
+inline constexpr const Label& orderCDOrderLabel = exchDataLabelTable[38];
+inline constexpr const Label& orderOpenEndLabel = exchDataLabelTable[39];
+inline constexpr const Label& orderDealerLabel = exchDataLabelTable[40];
 
-// Every label of this unit, in declaration order (for tests and translators' tools).
+// Every label of this unit: the rows of exchDataLabelTable in order (for tests
+// and translators' tools).
 [[nodiscard]] QALPACK_EXPORT const std::vector<Label>& exchDataLabels();
 
 // Order status codes carried in tag 5.

@@ -98,30 +98,10 @@ inline constexpr QStringView OriginalOrderNum = u"OriginalOrderNum";
 // Child work orders (ChildWorkOrders): client orders in their own right, owned
 // by the host like every other loaded order; a work order only refers to them.
 //
-// The order database fills these members from its columns (orders table unless
-// noted):
-//   Order_No -> OmsOrder_No          Account -> Account
-//   Order_Type -> Side               Symbol -> Symbol
-//   Quantity -> Quantity             Limit_Price -> Price
-//   User_No -> User                  Hedge -> Field47 (the hedge flag, tag 47)
-//   Origin -> Origin                 Fill -> Fill_Qty
-//   short_sell -> ShortSell          instruction -> OrderOption
-//   instruction1 -> Option489        price1, price2, price4 -> StopPrice, Price42, Price494
-//   operatorflag -> OperatorFlag     DateTime_Modified -> Last_MOD_Time
-//   DateTime_Created -> Order_Time501 (shown as ROrder_Time)
-//   working -> Working               creditchange -> CreditChange
-//   netproceed -> NetProceed         reference -> ref_no
-//   Exchange -> Exch                 Original_no -> setAttribute(OriginalOrderNum, ...)
-//   BasketID -> BASKET_ID            WaveID -> WAVE_ID
-//   SystemRef -> SysRefValue         approvalChange -> ApprovalChange
-//   approvalApplied -> ApprovalApplied  approvalID -> Approval_ID
-//   rejectID -> Reject_ID            Message -> Message
-//   currency -> Currency             held -> Held
-//   reqStatus -> ReqStatus           CompSystemRef -> CompSysRef.SetCommaText
-//   Status -> Status (through RawStatus)  StatusFlags -> StatusFlags
-//   requests: command -> Command, lastuser -> LastUser, req_No -> reqNum
-//   futures requests: SubOrderNo -> SubOrderNo, Last_Operation -> LastOperation,
-//   ExchangeDest -> ExchangeDest; a record whose LoadMarker is kSkipOnLoad is skipped
+// The order database's loaders fill these members from their columns; which
+// column fills which member is set by the column tables of
+// qalpack/orderdb/orderDB.cpp (kOrderColumns for the orders table,
+// kRequestColumns, kFuturesRequestColumns).
 // Saving writes ErrorCode (kSaveFailed) and Message when the database refuses the order.
 class QALPACK_EXPORT TomsOrder : public TexchOrder
 {

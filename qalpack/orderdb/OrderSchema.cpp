@@ -90,17 +90,6 @@ TParam* findParam(TParams& params, QStringView name)
     return nullptr;
 }
 
-bool isInput(const TParam& param)
-{
-    return param.ParamType() != TParamType::ptOutput && param.ParamType() != TParamType::ptResult;
-}
-
-bool isOutput(const TParam& param)
-{
-    return param.ParamType() == TParamType::ptOutput || param.ParamType() == TParamType::ptInputOutput
-        || param.ParamType() == TParamType::ptResult;
-}
-
 // Binds the column parameter `target` from the caller's `given` parameter,
 // or from the default when the caller left it unset. An explicit null stays
 // null.
@@ -138,23 +127,19 @@ QString padOrderNo(qint64 number)
 // The next order number of the embedded database, advanced inside the
 // procedure's transaction (so a failed save hands the number out again) and
 // stepping over numbers that an order already carries.
-QString nextOrderNo(const QString& databaseName)
+QString nextOrderNo(TDatabase& database)
 {
-    TQuery advance;
-    advance.SetDatabaseName(databaseName);
+    TQuery advance(database);
     advance.SQL().Add(
         QStringLiteral("update oms_sequence set Last_Value = Last_Value + 1 where Name = 'order_no'"));
-    TQuery current;
-    current.SetDatabaseName(databaseName);
+    TQuery current(database);
     current.SQL().Add(QStringLiteral("select Last_Value from oms_sequence where Name = 'order_no'"));
-    TQuery taken;
-    taken.SetDatabaseName(databaseName);
+    TQuery taken(database);
     taken.SQL().Add(QStringLiteral("select count(*) from OMSTrade_File where Order_No = :no"));
     for (;;) {
         advance.ExecSQL();
         if (advance.RowsAffected() == 0) {
-            TQuery start;
-            start.SetDatabaseName(databaseName);
+            TQuery start(database);
             start.SQL().Add(
                 QStringLiteral("insert into oms_sequence (Name, Last_Value) values ('order_no', 1)"));
             start.ExecSQL();
@@ -177,7 +162,7 @@ void insertNewOrder(TParams& params, TDatabase& database)
 {
     for (int i = 0; i < params.Count(); ++i) {
         const TParam& param = params.Items(i);
-        if (!isInput(param) || !param.Bound())
+        if (!param.IsInput() || !param.Bound())
             continue;
         const QStringView name = bareName(param);
         const bool known = std::any_of(inputParams().begin(), inputParams().end(),
@@ -187,9 +172,7 @@ void insertNewOrder(TParams& params, TDatabase& database)
                 QStringLiteral("%1 has no parameter \"%2\"").arg(QLatin1StringView(kProcName), param.Name()));
     }
 
-    const QString databaseName = database.DatabaseName();
-    TQuery insert;
-    insert.SetDatabaseName(databaseName);
+    TQuery insert(database);
     QStringList columns;
     QStringList values;
     for (const InputParam& input : inputParams()) {
@@ -205,16 +188,16 @@ void insertNewOrder(TParams& params, TDatabase& database)
 
     TParam& orderNo = insert.ParamByName(u"Order_No");
     if (orderNo.IsNull() || orderNo.AsString().isEmpty())
-        orderNo.SetAsString(nextOrderNo(databaseName));
+        orderNo.SetAsString(nextOrderNo(database));
     const QString number = orderNo.AsString();
     // Milliseconds, as the server keeps them.
     const QDateTime created = QDateTime::fromMSecsSinceEpoch(QDateTime::currentMSecsSinceEpoch());
     insert.ParamByName(u"created").SetAsDateTime(created);
     insert.ExecSQL();
 
-    if (TParam* out = findParam(params, u"m_order_no"); out && isOutput(*out))
+    if (TParam* out = findParam(params, u"m_order_no"); out && out->IsOutput())
         out->SetAsString(number);
-    if (TParam* out = findParam(params, u"m_createtime"); out && isOutput(*out))
+    if (TParam* out = findParam(params, u"m_createtime"); out && out->IsOutput())
         out->SetAsDateTime(created);
 }
 
@@ -318,8 +301,7 @@ std::vector<TOrderTableRows> OrderTableRowCounts(TDatabase& database)
     for (const QString& table : OrderSchemaTables()) {
         if (tables.IndexOf(table) < 0)
             continue;
-        TQuery query;
-        query.SetDatabaseName(database.DatabaseName());
+        TQuery query(database);
         query.SQL().Add(QStringLiteral("select count(*) from %1").arg(table));
         query.Open();
         counts.push_back({ table, query.Fields(0).AsLargeInt() });

@@ -89,7 +89,7 @@ QString filterLine(QStringView line, const QString& list)
 // Opens `query` on the order database with one SQL line per entry.
 void openQuery(TQuery& query, std::initializer_list<QStringView> lines)
 {
-    query.SetDatabaseName(RequireOrderDatabase().DatabaseName());
+    query.SetDatabase(RequireOrderDatabase());
     query.SQL().Clear();
     for (const QStringView line : lines)
         query.SQL().Add(line.toString());
@@ -258,7 +258,7 @@ void decodeStatus(const TField& field, Record& record)
     record.Status = record.RawStatus(field.AsString());
 }
 
-// Client orders (OMSTrade_File); the mapping is documented with TomsOrder.
+// Client orders (OMSTrade_File).
 using OrderColumn = Column<TomsOrder>;
 constexpr OrderColumn kOrderColumns[] = {
     OrderColumn::text(u"Order_No", &TomsOrder::OmsOrder_No),
@@ -725,8 +725,7 @@ void orderSaveOrder(TomsOrder& order)
     // The embedded database has no server-side procedures: make sure its
     // C++ "sp_insert_new_order" is there.
     EnsureOrderProcedures();
-    TStoredProc proc;
-    proc.SetDatabaseName(database.DatabaseName());
+    TStoredProc proc(database);
     proc.SetStoredProcName(QStringLiteral("sp_insert_new_order"));
     PrepareStoredProc(proc.StoredProcName(), proc);
     setSaveParameters(proc, order);

@@ -94,53 +94,17 @@ template<class V>
 // over stay with the receiver). A receiver's or factory's exception leaves the
 // loader as it is. Nothing else is kept: the query is freed on every path.
 //
-// How the columns fill the records. The client order's mapping is documented
-// with TomsOrder (omsData.h). Times are stored as "hh:nn:ss" text, a null time
-// as empty text. A guarded column (g) is read only when it is not null, so a
-// null leaves the value the factory gave; a missing optional column (o) is
-// skipped. Status text is decoded last with the record's RawStatus into Status.
-//
-//   Client orders (OMSTrade_File, order reader): every column of TomsOrder's
-//     table; Fill, short_sell, instruction, instruction1, price1, price2,
-//     price4, operatorflag, reference, Exchange, Original_no, BasketID,
-//     WaveID, SystemRef, approvalChange, approvalApplied, approvalID,
-//     rejectID, Message, currency, held, reqStatus, CompSystemRef (g);
-//     StatusFlags (o, g).
-//   Requests (omsREQ, into TomsOrder): Order_No -> OmsOrder_No (g),
-//     Account (g), Order_Type -> Side (g), Symbol (g), Quantity,
-//     Limit_Price -> Price, User_No -> User (g), command -> Command (g),
-//     lastuser -> LastUser, DateTime_Modified -> Last_MOD_Time,
-//     DateTime_Created -> Order_Time501, instruction -> OrderOption (g),
-//     instruction1 -> Option489 (g), req_No -> reqNum (g), Exchange -> Exch (g),
-//     Message (g), operatorflag -> OperatorFlag (g), SystemRef -> SysRefValue
-//     (g), Short_sell -> ShortSell (g). No status.
-//   Futures requests (mftsorder_state, into TomsOrder): Order_No ->
-//     OmsOrder_No, SubOrderNo, Account, Order_Type -> Side, Symbol, Quantity,
-//     Price, user_no -> User, Hedge -> Field47, Origin, Last_Operation ->
-//     LastOperation (g), Shortsell -> ShortSell (g), DateTime_Modified ->
-//     Last_MOD_Time, DateTime_Created -> Order_Time501, Exchange -> Exch,
-//     ExchangeDest (g). A record whose LoadMarker is TomsOrder::kSkipOnLoad
-//     when the factory hands it over is freed unread. Status is reset to 0
-//     when the record's status text differs from the previous row's before
-//     the row's Status is decoded.
-//   Exchange orders (Exch_File joined to its client order): Order_No ->
-//     OmsOrder_No, Exch_No -> Order_No (the exchange's number), Account,
-//     Order_Type (the client order's) -> Side, Symbol, Quantity, Price,
-//     user_no -> User, Hedge -> Field47, Origin -> PrincipalType, Shortsell ->
-//     ShortSell (g), DateTime_Modified -> Last_MOD_Time, DateTime_Created ->
-//     Order_Time, Exchange -> Exch (g), ExchangeDest -> the attribute
-//     "ExchangeDest" of Attributes (g; the exchange order has no field of its
-//     own for it), remark -> Remark (o, g).
-//   Manual exchange orders: as exchange orders without DateTime_Created and
-//     ExchangeDest, Shortsell not guarded, trade_type -> Field43 (tag 43, the
-//     trade type).
-//   Trades (Trans_File): Exch_No -> Exch_No, Tran_No -> Order_No (the trade
-//     number), Account (g), Symbol, Quantity -> Fill_Qty, Trans_Price ->
-//     Fill_Price, user_no -> User (g), Order_Type -> Side, Hedge, Origin ->
-//     Principal, Shortsell -> ShortSell (g), Trade_Type -> TradeType,
-//     BrokerID (g), exchange -> Exch (o; the by-exchange query joins it in),
-//     DateTime_Created -> EXE_Time.
-//   Manual trades: as trades with nothing guarded but exchange (g, not o).
+// How the columns fill the records is set in one place: the column tables
+// of orderDB.cpp (kOrderColumns, kRequestColumns, kFuturesRequestColumns,
+// kExchOrderColumns, kManualExchOrderColumns, kTradeColumns,
+// kManualTradeColumns), one row per column naming the member it fills. Times
+// are stored as "hh:nn:ss" text, a null time as empty text. A guarded column
+// is read only when it is not null, so a null leaves the value the factory
+// gave; a result may lack an optional column. Status text is decoded last
+// with the record's RawStatus into Status. The futures request loader frees
+// unread a record whose LoadMarker is TomsOrder::kSkipOnLoad when the factory
+// hands it over, and resets Status to 0 when the record's status text differs
+// from the previous row's before the row's Status is decoded.
 
 // Every client order, by order number.
 QALPACK_EXPORT void orderLoadOrders(const TOrderReceiver& receiver, const TOrderFactory& factory = {});

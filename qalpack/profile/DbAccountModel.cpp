@@ -54,17 +54,18 @@ TDbAccountModel::TDbAccountModel(const QString& databaseName, QObject* owner)
 
 TDbAccountModel::~TDbAccountModel() = default;
 
-QString TDbAccountModel::databaseName() const
+TDatabase& TDbAccountModel::database() const
 {
     if (!databaseName_.isEmpty())
-        return databaseName_;
-    return RequireOrderDatabase().DatabaseName();
+        return TSession::Default().OpenDatabase(databaseName_);
+    return RequireOrderDatabase();
 }
 
 std::unique_ptr<TQuery> TDbAccountModel::query(const QString& sql) const
 {
-    auto q = std::make_unique<TQuery>();
-    q->SetDatabaseName(databaseName());
+    // Bound to the database itself, so that the queries of SetShortCut run
+    // inside the transaction it starts on that database.
+    auto q = std::make_unique<TQuery>(database());
     q->SQL().Add(sql);
     return q;
 }
@@ -263,7 +264,7 @@ bool TDbAccountModel::SetShortCut(const QString& accountId, const QString& userI
         }
     }
 
-    TDatabase& database = TSession::Default().OpenDatabase(databaseName());
+    TDatabase& database = this->database();
     const bool ownTransaction = !database.InTransaction();
     if (ownTransaction)
         database.StartTransaction();

@@ -15,6 +15,7 @@
 
 namespace qal {
 
+class TDatabase;
 class TQuery;
 
 // Reads accounts when asked and keeps them (see TAccountModel for ownership).
@@ -78,7 +79,8 @@ public:
     void LoadInvestorIDs(const QString& accountId) override;
 
 private:
-    [[nodiscard]] QString databaseName() const;
+    // The database named at construction, or the order database; connected.
+    [[nodiscard]] TDatabase& database() const;
     [[nodiscard]] std::unique_ptr<TQuery> query(const QString& sql) const;
     // Reads every row of an open Account_File query into held accounts.
     int readAccounts(TQuery& query, bool heldOnly);

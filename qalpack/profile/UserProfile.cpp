@@ -233,8 +233,7 @@ void TUserProfile::loadUser()
     if (database == nullptr)
         throw Error(QStringLiteral("User profile of \"%1\": the order database \"omsdata\" cannot be opened: %2")
                         .arg(userId_, TOmsDM::GetInstance()->OpenError(QStringLiteral("omsdata"))));
-    TQuery query;
-    query.SetDatabaseName(database->DatabaseName());
+    TQuery query(*database);
 
     query.SQL().Add(QStringLiteral("Select * from User_File where User_No = :UserId"));
     query.ParamByName(u"UserId").SetAsString(userId_);

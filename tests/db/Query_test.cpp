@@ -22,32 +22,6 @@ using qal::TQuery;
 using qal::test::DatabaseTest;
 using qal::test::Driver;
 
-TEST(FormatDateTime, LaysOutTheStamp)
-{
-    const QDateTime stamp(QDate(2024, 5, 1), QTime(14, 5, 9, 250));
-    const struct
-    {
-        const char* format;
-        const char* expected;
-    } rows[] = {
-        { "hh:nn:ss", "14:05:09" },
-        { "HH:MM:SS", "14:05:09" },
-        { "h:n:s", "14:5:9" },
-        { "hh:mm", "14:05" }, // "mm" after an hour is minutes
-        { "yyyy-mm-dd", "2024-05-01" },
-        { "d/m/yy", "1/5/24" },
-        { "h:nn am/pm", "2:05 pm" },
-        { "hh:nn:ss.zzz", "14:05:09.250" },
-        { "ddd d mmm yyyy", "Wed 1 May 2024" },
-        { "'at' hh\"h\"", "at 14h" },
-        { "c", "2024-05-01 14:05:09" },
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.format);
-        EXPECT_EQ(qal::FormatDateTime(QString::fromUtf8(row.format), stamp), QString::fromUtf8(row.expected));
-    }
-}
-
 TEST(QueryParams, FollowTheNamesInTheSql)
 {
     const struct
@@ -89,45 +63,6 @@ TEST(QueryParams, KeepValuesOfNamesThatStayWhenTheSqlChanges)
     EXPECT_EQ(query.ParamByName(u"B").AsString(), "x");
     EXPECT_FALSE(query.ParamByName(u"c").Bound());
     EXPECT_THROW((void)query.ParamByName(u"a"), DatabaseError);
-}
-
-TEST(Param, ConvertsOnReadAndTakesItsTypeFromTheFirstValue)
-{
-    const struct
-    {
-        const char* name;
-        QVariant value;
-        TFieldType type;
-        const char* text;
-        qint64 integer;
-    } rows[] = {
-        { "text", QString("42"), TFieldType::ftString, "42", 42 },
-        { "integer", 7, TFieldType::ftInteger, "7", 7 },
-        { "large integer", qlonglong(5000000000LL), TFieldType::ftLargeint, "5000000000", 5000000000LL },
-        { "float", 2.5, TFieldType::ftFloat, "2.5", 2 },
-        { "boolean", true, TFieldType::ftBoolean, "True", 1 },
-        { "null", QVariant(), TFieldType::ftUnknown, "", 0 },
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        qal::TParam param("@p", TFieldType::ftUnknown, qal::TParamType::ptInput);
-        EXPECT_FALSE(param.Bound());
-        param.SetValue(row.value);
-        EXPECT_TRUE(param.Bound());
-        EXPECT_EQ(param.IsNull(), !row.value.isValid());
-        EXPECT_EQ(param.DataType(), row.type);
-        EXPECT_EQ(param.AsString(), QString::fromUtf8(row.text));
-        EXPECT_EQ(param.AsLargeInt(), row.integer);
-    }
-    qal::TParam text("@m_quantity", TFieldType::ftInteger, qal::TParamType::ptInput);
-    text.SetAsString("12x");
-    EXPECT_EQ(text.DataType(), TFieldType::ftInteger); // a declared type stays
-    try {
-        (void)text.AsInteger();
-        FAIL() << "text that is not a number must raise";
-    } catch (const DatabaseError& error) {
-        EXPECT_TRUE(error.message().contains("@m_quantity")) << error.message().toStdString();
-    }
 }
 
 TEST(SqliteDates, NumbersInDateTimeColumnsShowAsTimes)
@@ -366,6 +301,77 @@ TEST_P(QueryTest, ServerErrorsNameTheDatabase)
 
 // Large results stream row by row: the connection keeps serving the desk's
 // other statements meanwhile, and a query closed early leaves it usable.
+// Two databases may carry the same name (a host's own connection next to the
+// session's, a reconnect that made a second one). Looked up by name, a query
+// takes the first connected one; bound, it runs where it was told.
+TEST_P(QueryTest, ABoundQueryRunsOnItsOwnDatabaseWhenAnotherSharesItsName)
+{
+    qal::TDatabase twin;
+    twin.SetDriverName("SQLITE");
+    twin.Params().Add("DATABASE=:memory:");
+    twin.SetDatabaseName("TESTDBDB");
+    twin.SetLoginPrompt(false);
+    twin.Execute("create table trades (Order_No varchar(20))");
+    twin.Execute("insert into trades values ('TWIN')");
+    ASSERT_TRUE(db_->Connected());
+
+    const auto firstOrderNo = [](TQuery& query) {
+        query.SQL().Add("select Order_No from trades order by Order_No");
+        query.Open();
+        return query.Fields(0).AsString();
+    };
+    TQuery byName;
+    byName.SetDatabaseName("TESTDBDB");
+    EXPECT_EQ(firstOrderNo(byName), "O1"); // the first of the two, not the twin
+
+    TQuery bound(twin);
+    EXPECT_EQ(bound.DatabaseName(), "TESTDBDB");
+    EXPECT_EQ(firstOrderNo(bound), "TWIN");
+
+    TQuery rebound;
+    rebound.SetDatabase(twin);
+    rebound.SetDatabase(*db_);
+    EXPECT_EQ(firstOrderNo(rebound), "O1");
+    rebound.Close();
+    rebound.SetDatabaseName("TESTDBDB"); // by name again: the binding is gone
+    rebound.Open();
+    EXPECT_EQ(rebound.Fields(0).AsString(), "O1");
+}
+
+// A query may outlive the database it was bound to (a blotter kept after its
+// connection was dropped): it closes with the database and then refuses to
+// run, naming the database, instead of touching freed memory.
+TEST_P(QueryTest, ABoundQueryWhoseDatabaseIsDeletedRaisesAClearError)
+{
+    const struct
+    {
+        const char* name;
+        void (*run)(TQuery& query);
+    } rows[] = {
+        { "open", [](TQuery& query) { query.Open(); } },
+        { "exec", [](TQuery& query) { query.ExecSQL(); } },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        auto doomed = database();
+        TQuery query(*doomed);
+        query.SQL().Add("select count(*) from trades");
+        query.Open();
+        ASSERT_TRUE(query.Active());
+        doomed.reset();
+        EXPECT_FALSE(query.Active());
+        EXPECT_EQ(query.DatabaseName(), "TESTDBDB");
+        try {
+            row.run(query);
+            FAIL() << "a query whose database is gone must raise";
+        } catch (const DatabaseError& error) {
+            EXPECT_EQ(error.Database(), "TESTDBDB");
+            EXPECT_TRUE(error.What().contains("deleted")) << error.message().toStdString();
+        }
+        EXPECT_FALSE(query.Active());
+    }
+}
+
 class StreamingQueryTest : public QueryTest
 {
 protected:

@@ -56,14 +56,13 @@ void newOrder(TParams& params, qal::TDatabase& database)
     const double price = input("@p_price") ? input("@p_price")->AsFloat() : 1.5;
     QString orderNo = input("@p_order_no") ? input("@p_order_no")->AsString() : QString();
     if (orderNo.isEmpty()) {
-        TQuery count;
-        count.SetDatabaseName(database.DatabaseName());
+        TQuery count(database);
         count.SQL().Add("select count(*) + 1 as next_no from orders");
         count.Open();
         orderNo = "N" + count.FieldByName("next_no").AsString();
     }
-    TQuery insert;
-    insert.SetDatabaseName(database.DatabaseName());
+    // Bound to the connection the procedure runs in, inside its transaction.
+    TQuery insert(database);
     insert.SQL().Add(
         "insert into orders (order_no, account, quantity, price) values (:no, :account, :qty, :price)");
     insert.ParamByName(u"no").SetAsString(orderNo);
@@ -216,6 +215,34 @@ TEST_P(StoredProcTest, UnknownNamesRaise)
     proc_.SetStoredProcName("qal_new_order(); drop table orders; --");
     EXPECT_THROW(proc_.ExecProc(), DatabaseError);
     EXPECT_EQ(savedOrders(), QStringList());
+}
+
+TEST_P(StoredProcTest, ABoundProcedureRunsOnItsDatabaseAndRaisesOnceItIsGone)
+{
+    auto own = database();
+    TStoredProc bound(*own);
+    bound.SetStoredProcName("qal_new_order");
+    for (int i = 0; i < proc_.Params().Count(); ++i) {
+        const qal::TParam& declared = proc_.Params().Items(i);
+        bound.Params().CreateParam(declared.DataType(), declared.Name(), declared.ParamType());
+    }
+    bound.ParamByName(u"@p_account").SetAsString("HOUSE");
+    bound.ParamByName(u"@p_quantity").SetAsInteger(100);
+    bound.ParamByName(u"@p_price").SetAsFloat(1.5);
+    bound.ParamByName(u"@p_order_no").SetAsString("B1");
+    bound.ExecProc();
+    EXPECT_EQ(savedOrders(), QStringList({ "B1 HOUSE 100" }));
+
+    own.reset();
+    bound.ParamByName(u"@p_order_no").SetAsString("B2");
+    try {
+        bound.ExecProc();
+        FAIL() << "a procedure whose database is gone must raise";
+    } catch (const DatabaseError& error) {
+        EXPECT_EQ(error.Database(), "TESTDBDB");
+        EXPECT_TRUE(error.What().contains("deleted")) << error.message().toStdString();
+    }
+    EXPECT_EQ(savedOrders(), QStringList({ "B1 HOUSE 100" }));
 }
 
 TEST(ParamDefinitions, NameTypesAndDirectionsAsDefinitionFilesSpellThem)

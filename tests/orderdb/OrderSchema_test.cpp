@@ -70,8 +70,7 @@ protected:
     // the shipped STORPROC.INI, as the desk prepares it.
     std::unique_ptr<TStoredProc> newOrderProc()
     {
-        auto proc = std::make_unique<TStoredProc>();
-        proc->SetDatabaseName(db_->DatabaseName());
+        auto proc = std::make_unique<TStoredProc>(*db_);
         proc->SetStoredProcName(QStringLiteral("sp_insert_new_order"));
         qal::PrepareStoredProc(QStringLiteral("sp_insert_new_order"), *proc);
         return proc;
@@ -92,8 +91,7 @@ protected:
 
     qint64 count(const QString& sql)
     {
-        TQuery query;
-        query.SetDatabaseName(db_->DatabaseName());
+        TQuery query(*db_);
         query.SQL().Add(sql);
         query.Open();
         return query.Fields(0).AsLargeInt();
@@ -104,8 +102,7 @@ protected:
     // The query is open on the order's row.
     std::unique_ptr<TQuery> orderRow(const QString& orderNo)
     {
-        auto query = std::make_unique<TQuery>();
-        query->SetDatabaseName(db_->DatabaseName());
+        auto query = std::make_unique<TQuery>(*db_);
         query->SQL().Add(QStringLiteral("select * from OMSTrade_File where Order_No = :no"));
         query->ParamByName(u"no").SetAsString(orderNo);
         query->Open();
@@ -251,8 +248,7 @@ TEST_P(OrderSchemaTest, LoadersAndLogonFindEveryColumnTheyRead)
 
     for (const ReaderQuery& reader : readerQueries()) {
         SCOPED_TRACE(reader.name);
-        TQuery query;
-        query.SetDatabaseName(db().DatabaseName());
+        TQuery query(db());
         for (const QString& line : reader.sql)
             query.SQL().Add(line);
         ASSERT_NO_THROW(query.Open());
@@ -269,8 +265,7 @@ TEST_P(OrderSchemaTest, TimesReadBackAsTimesAndFlagsAsTruthValues)
                                 "DateTime_Created) values ('00000001', "
                                 "'A1001', '0005.HK', 400, '2026-11-18 14:05:09.250');"
                                 "insert into User_File (User_No, Active) values ('D001', false)"));
-    TQuery order;
-    order.SetDatabaseName(db().DatabaseName());
+    TQuery order(db());
     order.SQL().Add(QStringLiteral("select * from OMSTrade_File"));
     order.Open();
     qal::TField& created = order.FieldByName(u"DateTime_Created");
@@ -281,8 +276,7 @@ TEST_P(OrderSchemaTest, TimesReadBackAsTimesAndFlagsAsTruthValues)
     EXPECT_EQ(order.FieldByName(u"Limit_Price").AsFloat(), 0.0);
     EXPECT_TRUE(order.FieldByName(u"Fill").IsNull());
 
-    TQuery user;
-    user.SetDatabaseName(db().DatabaseName());
+    TQuery user(db());
     user.SQL().Add(QStringLiteral("select * from User_File"));
     user.Open();
     EXPECT_FALSE(user.FieldByName(u"Active").AsBoolean());

@@ -55,8 +55,7 @@ protected:
 
     [[nodiscard]] QString shortCutOfDatabase(const QString& user, const QString& account) const
     {
-        TQuery q;
-        q.SetDatabaseName(db_->DatabaseName());
+        TQuery q(*db_);
         q.SQL().Add("select ShortCut from Account_ShortCut where User_No = :U and Account = :A");
         q.ParamByName(u"U").SetAsString(user);
         q.ParamByName(u"A").SetAsString(account);
