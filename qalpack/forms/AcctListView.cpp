@@ -70,7 +70,9 @@ struct UnloadGuard
     }
 };
 
-// Typed and pasted text is upper-cased.
+// Pasted text is upper-cased. (Typed letters are upper-cased as keys, see
+// eventFilter: a validator that rewrites the text clears the box's modified
+// mark, which the shortcut box's Update button follows.)
 class UpperCaseValidator : public QValidator
 {
 public:
@@ -235,6 +237,7 @@ TAccountListView::TAccountListView(QWidget* parent)
     table->viewport()->installEventFilter(this);
     table->installEventFilter(this);
     ui_->edtAccountEntry->installEventFilter(this);
+    ui_->edtAcctShortcut->installEventFilter(this);
 
     connect(ui_->edtAccountEntry, &QLineEdit::textChanged, this, &TAccountListView::searchChanged);
     connect(ui_->comboUserSelect, &QComboBox::activated, this, &TAccountListView::userChanged);
@@ -252,7 +255,13 @@ TAccountListView::TAccountListView(QWidget* parent)
     sortDescending_ = false;
 }
 
-TAccountListView::~TAccountListView() = default;
+TAccountListView::~TAccountListView()
+{
+    // The grid outlives this part of the dialog; it must not read the rows
+    // of an explorer that is going.
+    grid()->setModel(nullptr);
+    delete model_;
+}
 
 TAccountListView* TAccountListView::GetInstance()
 {
@@ -572,6 +581,17 @@ void TAccountListView::closeOnDataRow()
 
 bool TAccountListView::eventFilter(QObject* watched, QEvent* event)
 {
+    // The two boxes take upper case: a lower-case letter is typed as its
+    // capital.
+    if ((watched == searchBox() || watched == shortcutBox()) && event->type() == QEvent::KeyPress) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (const QString upper = key->text().toUpper(); upper != key->text()) {
+            QKeyEvent capital(QEvent::KeyPress, key->key(), key->modifiers(), upper, key->isAutoRepeat(),
+                ushort(key->count()));
+            QCoreApplication::sendEvent(watched, &capital);
+            return true;
+        }
+    }
     if (watched == searchBox() && event->type() == QEvent::KeyPress) {
         const auto* key = static_cast<QKeyEvent*>(event);
         if (isEnter(key)) {
