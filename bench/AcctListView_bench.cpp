@@ -51,8 +51,9 @@ public:
             QStringLiteral("[BENCHDB]\nDRIVER=SQLITE\nDATABASE=%1\nCREATE=TRUE\n")
                 .arg(dir_.filePath(QStringLiteral("orders.db"))));
         write("oms.ini",
-            QStringLiteral("[OMS_DATAMAP]\nOMSDATA=ORDERS_DSN\n[ORDERS_DSN]\nDSN_Source=BENCHDB\nDSN_user=sa\n"
-                           "[CLIENT APP]\nACCOUNTSHOWALL=Y\n"));
+            QStringLiteral(
+                "[OMS_DATAMAP]\nOMSDATA=ORDERS_DSN\n[ORDERS_DSN]\nDSN_Source=BENCHDB\nDSN_user=sa\n"
+                "[CLIENT APP]\nACCOUNTSHOWALL=Y\n"));
         qputenv("OMS_INI", QFile::encodeName(dir_.filePath(QStringLiteral("oms.ini"))));
         qal::TSession::Default().LoadAliases(dir_.filePath(QStringLiteral("aliases.ini")));
 
@@ -73,8 +74,8 @@ public:
         qal::TUserProfile::setInstance(std::make_unique<qal::TUserProfile>(userId(0), QString()));
 
         static const char* const surnames[] = { "CHAN", "CHEUNG", "CHOW", "CHU", "HO", "KWOK", "LAI", "LAM",
-            "LAU", "LEE", "LEUNG", "LI", "LO", "MA", "MAK", "NG", "POON", "SIU", "TAM", "TANG", "TSANG", "WONG",
-            "WU", "YEUNG", "YIP" };
+            "LAU", "LEE", "LEUNG", "LI", "LO", "MA", "MAK", "NG", "POON", "SIU", "TAM", "TANG", "TSANG",
+            "WONG", "WU", "YEUNG", "YIP" };
         static const char* const given[] = { "Tai Man", "Siu Ming", "Ka Kwan", "Chit", "Pak Hei", "Wing Sze",
             "Fung", "Sau Ying", "Kwan Yee", "Chun Hei", "Mei Kuen", "Chi Keung", "Wai Ling", "Kin Wah",
             "Hoi Yan", "Sze Ching", "Man Kit", "Yuk Lan", "Ka Lok", "Shuk Fan" };

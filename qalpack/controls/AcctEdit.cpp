@@ -121,7 +121,8 @@ bool TAccountEdit::exitProcessing()
     }
     bool accepted = true;
     if (validateOnExit_ && !text().isEmpty() && !ValidateAccountId()) {
-        ShowAlert({ this, resStrAccountInvalid(), resStrSystemAlert(), QMessageBox::Critical, QMessageBox::Ok });
+        ShowAlert(
+            { this, resStrAccountInvalid(), resStrSystemAlert(), QMessageBox::Critical, QMessageBox::Ok });
         setFocus(Qt::OtherFocusReason);
         accepted = false;
     }

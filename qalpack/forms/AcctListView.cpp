@@ -84,6 +84,25 @@ public:
     }
 };
 
+// Whether `value` in upper case begins with `upperPrefix`, as
+// value.toUpper().startsWith(upperPrefix), without making the upper-case copy
+// while the characters compared are ASCII: the search runs this on every
+// account at every keystroke.
+bool upperStartsWith(const QString& value, const QString& upperPrefix)
+{
+    for (qsizetype i = 0; i < upperPrefix.size(); ++i) {
+        if (i == value.size())
+            return false; // all ASCII so far: its upper case is no longer
+        const char16_t c = value.at(i).unicode();
+        if (c >= 0x80)
+            return value.toUpper().startsWith(upperPrefix);
+        const char16_t upper = c >= u'a' && c <= u'z' ? char16_t(c - (u'a' - u'A')) : c;
+        if (upper != upperPrefix.at(i).unicode())
+            return false;
+    }
+    return true;
+}
+
 bool isEnter(const QKeyEvent* key)
 {
     return key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter;
@@ -478,7 +497,7 @@ void TAccountListView::searchChanged(const QString& text)
     // the one left selected.
     int match = -1;
     for (std::size_t i = 0; i < accounts_.size(); ++i) {
-        if (FieldText(*accounts_[i], sortField_).toUpper().startsWith(text))
+        if (upperStartsWith(FieldText(*accounts_[i], sortField_), text))
             match = int(i);
     }
     if (match < 0)
@@ -559,8 +578,8 @@ void TAccountListView::showEvent(QShowEvent* event)
     const QString showAll = profile->getValue(kClientApp, kAccountShowAll);
     users->setCurrentIndex(showAll.startsWith(u'Y', Qt::CaseInsensitive) ? 0 : ownIndex);
 
-    houseMode_ = profile->getValue(kClientApp, kPositionView).toUpper() == kHouseModeVEM ? kHouseModeVEM
-                                                                                          : QString();
+    houseMode_
+        = profile->getValue(kClientApp, kPositionView).toUpper() == kHouseModeVEM ? kHouseModeVEM : QString();
     model_->titlesChanged();
 
     if (!profile->UserId().isEmpty())
@@ -639,7 +658,8 @@ void TAccountListView::updateShortcut()
         ui_->btnShortCutUpdate->setEnabled(false);
         RefreshRecord(grid()->currentIndex().row());
     } else {
-        ShowAlert({ this, resStrShortcutConflict(), resStrSystemAlert(), QMessageBox::NoIcon, QMessageBox::Ok });
+        ShowAlert(
+            { this, resStrShortcutConflict(), resStrSystemAlert(), QMessageBox::NoIcon, QMessageBox::Ok });
         shortcutBox()->selectAll();
     }
 }

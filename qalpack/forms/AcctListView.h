@@ -32,7 +32,8 @@ namespace qal {
 // Texts of the explorer, context "AcctListView".
 inline constexpr Label resStrAcctId { "AcctListView", QT_TRANSLATE_NOOP("AcctListView", "Account ID") };
 inline constexpr Label resStrAcctName { "AcctListView", QT_TRANSLATE_NOOP("AcctListView", "English Name") };
-inline constexpr Label resStrChineseName { "AcctListView", QT_TRANSLATE_NOOP("AcctListView", "Chinese Name") };
+inline constexpr Label resStrChineseName { "AcctListView",
+    QT_TRANSLATE_NOOP("AcctListView", "Chinese Name") };
 inline constexpr Label resStrClientID { "AcctListView", QT_TRANSLATE_NOOP("AcctListView", "Client ID") };
 inline constexpr Label resStrDayPhone { "AcctListView", QT_TRANSLATE_NOOP("AcctListView", "Day Phone") };
 inline constexpr Label resStrHomePhone { "AcctListView", QT_TRANSLATE_NOOP("AcctListView", "Home Phone") };

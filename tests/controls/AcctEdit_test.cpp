@@ -10,8 +10,8 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTableView>
 #include <QSignalSpy>
+#include <QTableView>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -284,8 +284,8 @@ TEST_P(AcctEditDealerTest, DealerTypesAShortcutPicksByNameAndIsStoppedOnAnotherT
     EXPECT_EQ(alerts[0].title, "System Alert");
 }
 
-INSTANTIATE_TEST_SUITE_P(Drivers, AcctEditDealerTest, testing::Values(Driver::Sqlite, Driver::Postgres),
-    test::driverName);
+INSTANTIATE_TEST_SUITE_P(
+    Drivers, AcctEditDealerTest, testing::Values(Driver::Sqlite, Driver::Postgres), test::driverName);
 
 } // namespace
 } // namespace qal

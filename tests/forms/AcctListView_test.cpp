@@ -13,6 +13,7 @@
 #include <QAbstractItemModel>
 #include <QComboBox>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
@@ -271,6 +272,35 @@ TEST_P(ExplorerTest, TypingSelectsTheLastMatchOfTheSortedColumn)
     }
 }
 
+TEST_P(ExplorerTest, SearchComparesInCapitalsWhateverTheNamesLetters)
+{
+    model.add("C007", "D001", QString::fromUtf8("émile ho"));
+    model.add("C008", "D001", QString::fromUtf8("straße lee"));
+    model.add("C010", "D001", "bobby lo");
+    const struct
+    {
+        const char* name;
+        QString typed;
+        QString selected;
+    } rows[] = {
+        { "LowerCaseNameMatchesCapitals", "bob", "C010" }, // after "BOB HO" in ordinal order
+        { "AccentedLetter", QString::fromUtf8("é"), "C007" }, { "SharpSBecomesSS", "strasse", "C008" },
+        { "PastTheEndOfANameKeepsItsMatch", "bob ho and more", "C005" }, // matched up to "BOB HO"
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto view = showExplorer();
+        for (const QChar c : row.typed) {
+            // QTest types ASCII only; a dealer's keyboard sends the letter.
+            QKeyEvent press(QEvent::KeyPress, c.unicode() < 0x80 ? QTest::asciiToKey(char(c.unicode())) : 0,
+                Qt::NoModifier, QString(c));
+            QApplication::sendEvent(view->searchBox(), &press);
+        }
+        EXPECT_EQ(view->searchBox()->text(), row.typed.toUpper());
+        EXPECT_EQ(view->SelectedAccountId(), row.selected);
+    }
+}
+
 TEST_P(ExplorerTest, ClosesByEnterEscapeAndDoubleClick)
 {
     const struct
@@ -499,8 +529,8 @@ TEST_P(ExplorerDatabaseTest, ShowAllListsTheAccessibleUsersHeldAccounts)
     EXPECT_EQ(view.SelectedAccountId(), "A1002");
 }
 
-INSTANTIATE_TEST_SUITE_P(Drivers, ExplorerDatabaseTest, testing::Values(Driver::Sqlite, Driver::Postgres),
-    test::driverName);
+INSTANTIATE_TEST_SUITE_P(
+    Drivers, ExplorerDatabaseTest, testing::Values(Driver::Sqlite, Driver::Postgres), test::driverName);
 
 } // namespace
 } // namespace qal

@@ -110,7 +110,8 @@ protected:
     // and "2", D002 owns A1002 "LEE Siu Ming" and A1013 "CHU Wai Ling".
     void writeSampleDay()
     {
-        const QString spreads = qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config/spreads/");
+        const QString spreads
+            = qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config/spreads/");
         tool::SampleDaySettings settings;
         settings.date = QDate(2026, 11, 18);
         settings.seed = 1;
