@@ -7,7 +7,8 @@
 // database model, on SQLite and PostgreSQL.
 #include "qalpack/controls/AcctEdit.h"
 
-#include <QComboBox>
+#include <functional>
+
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -16,7 +17,6 @@
 
 #include <gtest/gtest.h>
 
-#include "qalpack/controls/ComponentPalette.h"
 #include "qalpack/profile/DbAccountModel.h"
 #include "tests/support/AccountDesk.h"
 #include "tests/support/MemoryAccountModel.h"
@@ -29,32 +29,6 @@ namespace {
 using test::AccountDeskTest;
 using test::Driver;
 using test::whenExplorerShown;
-
-TEST(AcctEdit, BrowseButtonIsSmallBoldAndNeverTakesTheFocus)
-{
-    TAccountEdit box;
-    QPushButton* const button = box.findChild<QPushButton*>("btnBrowse");
-    ASSERT_NE(button, nullptr);
-    EXPECT_EQ(button, box.browseButton());
-    EXPECT_EQ(button->text(), "...");
-    EXPECT_EQ(button->size(), QSize(17, 17));
-    EXPECT_TRUE(button->font().bold());
-    EXPECT_EQ(button->focusPolicy(), Qt::NoFocus);
-    EXPECT_EQ(box.text(), "");
-}
-
-TEST(AcctEdit, IsOnThePalettePageOMS11)
-{
-    RegisterAllControls();
-    const auto& entries = PaletteEntries();
-    const auto entry = std::find_if(entries.begin(), entries.end(),
-        [](const TPaletteEntry& e) { return e.className == "qal::TAccountEdit"; });
-    ASSERT_NE(entry, entries.end());
-    EXPECT_EQ(entry->page, "OMS11");
-    EXPECT_EQ(entry->includeFile, "qalpack/controls/AcctEdit.h");
-    std::unique_ptr<QWidget> made(entry->create(nullptr));
-    EXPECT_NE(qobject_cast<TAccountEdit*>(made.get()), nullptr);
-}
 
 // D001 may trade for its own and D002's accounts, not D003's. Shortcuts:
 // D001 "1" -> C001, "X" -> C003; D002 "1" -> C002.
@@ -183,45 +157,36 @@ TEST_P(AcctEditTest, DotThenEnterOpensTheExplorerAndCancelLeavesTheBoxEmpty)
     EXPECT_TRUE(alerts.empty());
 }
 
-TEST_P(AcctEditTest, ExplorerPicksAreCheckedLikeTypedAccounts)
+TEST_P(AcctEditTest, DoubleClickInTheExplorerPutsTheAccountInTheBox)
 {
+    using Form = test::WidgetForm<TAccountEdit>;
     const struct
     {
         const char* name;
-        int downs; // the explorer opens on D001; each Down moves the user box on
-        const char* typed; // the start of a name
-        QString shown;
+        std::function<void(Form&)> open;
     } rows[] = {
-        { "OwnAccountByName", 0, "cha", "C001" },
-        { "TeamMatesAccount", 1, "alp", "C003" },
+        { "DotThenLeaving",
+            [](Form& form) {
+                form.enter();
+                form.type(".");
+                form.leave();
+            } },
+        { "BrowseButton", [](Form& form) { QTest::mouseClick(form.box->browseButton(), Qt::LeftButton); } },
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        test::WidgetForm<TAccountEdit> form;
-        whenExplorerShown([&](TAccountListView& explorer) {
-            for (int i = 0; i < row.downs; ++i)
-                QTest::keyClick(explorer.userBox(), Qt::Key_Down);
-            QTest::keyClicks(explorer.searchBox(), QString::fromLatin1(row.typed));
-            QTest::keyClick(explorer.searchBox(), Qt::Key_Return);
+        Form form;
+        QSignalSpy browsed(form.box, &TAccountEdit::browse);
+        whenExplorerShown([](TAccountListView& explorer) {
+            const QRect second = explorer.grid()->visualRect(explorer.grid()->model()->index(1, 0));
+            QTest::mouseClick(explorer.grid()->viewport(), Qt::LeftButton, {}, second.center());
+            QTest::mouseDClick(explorer.grid()->viewport(), Qt::LeftButton, {}, second.center());
         });
-        QTest::mouseClick(form.box->browseButton(), Qt::LeftButton);
-        EXPECT_EQ(form.box->text(), row.shown);
+        row.open(form);
+        EXPECT_EQ(form.box->text(), "C001") << "ABLE WONG, CHAN TAI MAN: the second row";
+        EXPECT_EQ(browsed.count(), 1);
         EXPECT_TRUE(alerts.empty());
     }
-}
-
-TEST_P(AcctEditTest, DoubleClickInTheExplorerPutsTheAccountInTheBox)
-{
-    test::WidgetForm<TAccountEdit> form;
-    whenExplorerShown([](TAccountListView& explorer) {
-        const QRect second = explorer.grid()->visualRect(explorer.grid()->model()->index(1, 0));
-        QTest::mouseClick(explorer.grid()->viewport(), Qt::LeftButton, {}, second.center());
-        QTest::mouseDClick(explorer.grid()->viewport(), Qt::LeftButton, {}, second.center());
-    });
-    form.enter();
-    form.type(".");
-    form.leave(); // "." opens the explorer on leaving too
-    EXPECT_EQ(form.box->text(), "C001") << "ABLE WONG, CHAN TAI MAN: the second row";
 }
 
 INSTANTIATE_TEST_SUITE_P(Desk, AcctEditTest, testing::Values(Driver::Sqlite), test::driverName);

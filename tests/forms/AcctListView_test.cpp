@@ -16,7 +16,6 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QSet>
 #include <QTableView>
@@ -447,18 +446,6 @@ TEST_P(ExplorerTest, MovedColumnsKeepTheirFieldsAndWidths)
     view->show(); // lists again
     EXPECT_EQ(header->visualIndex(0), 3) << "the moved column stays where the dealer put it";
     EXPECT_EQ(header->sectionSize(1), 111);
-}
-
-TEST_P(ExplorerTest, OneExplorerForTheProcessUntilReset)
-{
-    TAccountListView* const first = TAccountListView::GetInstance();
-    EXPECT_EQ(TAccountListView::GetInstance(), first);
-    QPointer<TAccountListView> watch(first);
-    TAccountListView::SetUserIndex(3);
-    internal::ResetAccountListView();
-    EXPECT_TRUE(watch.isNull());
-    EXPECT_EQ(TAccountListView::UserIndex(), -1);
-    EXPECT_NE(TAccountListView::GetInstance(), nullptr);
 }
 
 // The cases above do not depend on the database driver.
