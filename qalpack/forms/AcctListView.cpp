@@ -563,7 +563,8 @@ void TAccountListView::showEvent(QShowEvent* event)
     const TElHashList<TCustomRecord>& accessible = profile->GetAccessableUser();
     for (int i = 0; i < accessible.Count(); ++i)
         userIds << accessible.KeyByIndex(i);
-    userIds.sort();
+    // A sorted list box orders its items without regard to letter case.
+    userIds.sort(Qt::CaseInsensitive);
     QComboBox* const users = userBox();
     users->clear();
     users->addItems(userIds);
