@@ -371,12 +371,18 @@ void TAccountListView::AccountEnumHandler(TAccount* account, bool refresh)
 
 void TAccountListView::ClearGridContent()
 {
+    // The labels show no account now, but the picked account is kept so that
+    // the refilled list selects it again.
+    const QString keptId = selectedAccountId_;
+    const QString keptName = selectedAccountName_;
     accounts_.clear();
-    model_->setRows(1);
+    setGridRows(1);
     model_->rowsChanged(0, 0);
     model_->titlesChanged();
     const QModelIndex current = grid()->currentIndex();
     UpdateSelection(current.isValid() ? current.row() + 1 : 1, true);
+    selectedAccountId_ = keptId;
+    selectedAccountName_ = keptName;
 }
 
 void TAccountListView::RefreshRecord(int index)
@@ -384,13 +390,22 @@ void TAccountListView::RefreshRecord(int index)
     if (index < 0 || std::size_t(index) >= accounts_.size())
         return;
     if (model_->rowCount() < index + 1)
-        model_->setRows(std::max(int(accounts_.size()), 1));
+        setGridRows(std::max(int(accounts_.size()), 1));
     model_->rowsChanged(index, index);
+}
+
+void TAccountListView::setGridRows(int rows)
+{
+    // Rows going or coming move the grid's current row; that is not the
+    // dealer selecting one.
+    const bool wasUpdating = std::exchange(updatingSelection_, true);
+    model_->setRows(rows);
+    updatingSelection_ = wasUpdating;
 }
 
 void TAccountListView::RefreshAllRecord()
 {
-    model_->setRows(std::max(int(accounts_.size()), 1));
+    setGridRows(std::max(int(accounts_.size()), 1));
     model_->rowsChanged(0, model_->rowCount() - 1);
     int row = 1;
     for (std::size_t i = 0; i < accounts_.size(); ++i) {

@@ -146,7 +146,9 @@ public:
     // Adds `account` when it passes the filter; with `refresh`, then sorts and
     // refreshes the grid whether or not it was added.
     void AccountEnumHandler(TAccount* account, bool refresh);
-    // Empties the list and shows the title row and one blank row.
+    // Empties the list and shows the title row and one blank row; the
+    // selection labels go blank, but the picked account ID is kept for the
+    // next fill to select again.
     void ClearGridContent();
     // Redraws the grid row of account `index` of the list (nothing for an
     // index outside it).
@@ -176,6 +178,7 @@ private:
     void fillAccountList();
     void setColumns();
     void selectGridRow(int row);
+    void setGridRows(int rows);
     void headerClicked(int logicalIndex);
     void searchChanged(const QString& text);
     void userChanged();

@@ -236,6 +236,10 @@ TEST_P(ExplorerTest, TitleClicksSortFlipOnTheSameColumnAndKeepTheOrderOnAnother)
         EXPECT_EQ(currentRowId(*view), "C005");
         EXPECT_TRUE(view->searchBox()->hasFocus());
     }
+
+    view->hide();
+    view->show();
+    EXPECT_EQ(currentRowId(*view), "C005") << "the pick survives a new showing";
 }
 
 TEST_P(ExplorerTest, TypingSelectsTheLastMatchOfTheSortedColumn)
