@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "qalpack/controls/AcctEdit.h"
 #include "qalpack/controls/ComboEdit.h"
 #include "qalpack/controls/OpenCloseSelect.h"
 #include "qalpack/controls/PriceEntryEdit.h"
@@ -46,6 +47,7 @@ void RegisterAllControls()
     SymbolEntryEdit::Register();
     OpenCloseSelect::Register();
     PrincipalSelect::Register();
+    AcctEdit::Register();
 }
 
 } // namespace qal

@@ -39,7 +39,7 @@ QALPACK_WIDGETS_EXPORT void RegisterComponent(TPaletteEntry entry);
 [[nodiscard]] QALPACK_WIDGETS_EXPORT const std::vector<TPaletteEntry>& PaletteEntries();
 
 // Calls every control unit's Register: the price, quantity, combo, symbol,
-// open/close and principal controls, in that order.
+// open/close, principal and account controls, in that order.
 QALPACK_WIDGETS_EXPORT void RegisterAllControls();
 
 } // namespace qal

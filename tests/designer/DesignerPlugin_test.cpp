@@ -46,7 +46,7 @@ TEST(DesignerPlugin, OffersEveryControlOnPageOMS11)
     }
     EXPECT_EQ(names,
         QStringList({ "qal::TPriceEntryEdit", "qal::TQuantityEdit", "qal::TComboEdit", "qal::TSymbolEntryEdit",
-            "qal::TOpenCloseSelect", "qal::TPrincipalSelect" }));
+            "qal::TOpenCloseSelect", "qal::TPrincipalSelect", "qal::TAccountEdit" }));
 }
 
 TEST(DesignerPlugin, ShowsPublishedPropertiesButNotTheSpreadTable)
