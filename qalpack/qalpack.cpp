@@ -9,6 +9,8 @@
 #include "qalpack/model/exchData.h"
 #include "qalpack/model/omsData.h"
 #include "qalpack/orderdb/orderDB.h"
+#include "qalpack/runtime/Exception.h"
+#include "qalpack/version.h"
 
 namespace {
 
@@ -58,7 +60,7 @@ extern "C" {
 QalDatabase* orderDatabase(void)
 {
     QalDatabase* result = nullptr;
-    guarded([&] { result = reinterpret_cast<QalDatabase*>(qal::orderDatabase()); });
+    guarded([&] { result = reinterpret_cast<QalDatabase*>(&qal::RequireOrderDatabase()); });
     return result;
 }
 
@@ -96,7 +98,12 @@ int orderSaveOrder(QalOrder* order)
         lastError = "orderSaveOrder: no order";
         return -1;
     }
-    return guarded([&] { qal::orderSaveOrder(*cpp(order)); });
+    return guarded([&] {
+        qal::TomsOrder& saved = *cpp(order);
+        qal::orderSaveOrder(saved);
+        if (saved.ErrorCode == qal::TomsOrder::kSaveFailed)
+            throw qal::Error(saved.Message);
+    });
 }
 
 QalMarketInfo* MarketInfoFactory(QalOrder* order)
@@ -131,6 +138,11 @@ void qalFreeMarketInfo(QalMarketInfo* info)
 const char* qalLastError(void)
 {
     return lastError.c_str();
+}
+
+const char* qalVersion(void)
+{
+    return QALPACK_VERSION_STRING;
 }
 
 } // extern "C"

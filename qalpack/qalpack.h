@@ -26,7 +26,8 @@ typedef void (*QalOrderReceiver)(QalOrder* order, void* context);
 typedef void (*QalExchOrderReceiver)(QalExchOrder* order, void* context);
 typedef void (*QalTradeReceiver)(QalTrade* trade, void* context);
 
-/* The "OMSDATA" connection, or null when it cannot be opened. Not owned. */
+/* The "OMSDATA" connection, or null when it cannot be opened (qalLastError()
+ * then gives the driver's reason). Not owned. */
 QALPACK_EXPORT QalDatabase* orderDatabase(void);
 
 /* The day's records in the order of their SQL; a null receiver loads and
@@ -37,8 +38,10 @@ QALPACK_EXPORT int orderLoadTrades(QalTradeReceiver receiver, void* context);
 QALPACK_EXPORT int orderLoadManuExches(QalExchOrderReceiver receiver, void* context);
 QALPACK_EXPORT int orderLoadManuTrades(QalTradeReceiver receiver, void* context);
 
-/* Saves a new order; on failure the order itself carries status -1 and
- * error code -10. -1 (and nothing saved) when there is no order database. */
+/* Saves a new order: 0 once it is stored (its number and creation time are
+ * in the order). -1 when nothing was stored: the order database cannot be
+ * opened, or the save failed, in which case the order carries status -1 and
+ * error code -10; qalLastError() gives the database's reason either way. */
 QALPACK_EXPORT int orderSaveOrder(QalOrder* order);
 
 /* The market information for an order (null for a null order); the caller
@@ -52,6 +55,10 @@ QALPACK_EXPORT void qalFreeMarketInfo(QalMarketInfo* info);
 
 /* The message of the last failure on this thread, UTF-8, empty when none. */
 QALPACK_EXPORT const char* qalLastError(void);
+
+/* The version of the loaded library, "major.minor.patch" (static storage).
+ * qalpack/version.h gives the version a host was compiled against. */
+QALPACK_EXPORT const char* qalVersion(void);
 
 #ifdef __cplusplus
 }

@@ -6,7 +6,21 @@
 # temporary directory. pg_start exports QALPACK_PG_HOST/PORT/USER/DBNAME for
 # the programs; when the server cannot start it exports
 # QALPACK_PG_UNAVAILABLE with the reason and says so loudly, and pg_stop says
-# it again at exit. The sourcing script installs the traps:
+# it again at exit.
+#
+# For tests that restart the server in the middle (a dropped connection),
+# pg_start also exports:
+#   QALPACK_PG_CTL    the server's pg_ctl
+#   QALPACK_PG_DATA   its data directory
+#   QALPACK_PG_LOG    its log file (give it to pg_ctl -l, or the server keeps
+#                     the caller's output open)
+#   QALPACK_PG_RUNAS  the user the server runs as, empty for the caller
+#                     itself; when set, run pg_ctl as "runuser -u <user> --"
+# so that "$QALPACK_PG_CTL -D $QALPACK_PG_DATA -l $QALPACK_PG_LOG -w restart
+# -m fast" restarts it on the same port. Such tests must not run beside
+# others (CTest RUN_SERIAL).
+#
+# The sourcing script installs the traps:
 #   trap pg_stop EXIT; pg_start || true
 #
 #   pg_what    what runs on the server, for the messages ("server tests")
@@ -109,5 +123,10 @@ pg_start() {
     return 1
   fi
   export QALPACK_PG_HOST=127.0.0.1 QALPACK_PG_PORT=$port QALPACK_PG_USER=qalpack QALPACK_PG_DBNAME=$pg_dbname
+  # For the tests that restart the server under a running desk:
+  #   $QALPACK_PG_CTL -D $QALPACK_PG_DATA restart -m fast -w, run as QALPACK_PG_RUNAS when set;
+  # QALPACK_PG_LOG is the server's log.
+  export QALPACK_PG_CTL=$pg_bin/pg_ctl QALPACK_PG_DATA=$pg_dir/data QALPACK_PG_LOG=$pg_dir/server.log \
+    QALPACK_PG_RUNAS=$pg_user
   echo "PostgreSQL $("$pg_bin/postgres" --version | awk '{print $3}') for the $pg_what on 127.0.0.1:$port"
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/qal/BlotterCommand.h"
+#include "apps/qal/CommandLine.h"
 #include "apps/qal/ToolConfig.h"
 
 #include <algorithm>
@@ -10,6 +11,8 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QHash>
+#include <QJsonObject>
+#include <QJsonValue>
 #include <QTextStream>
 
 #include "qalpack/model/exchData.h"
@@ -37,24 +40,49 @@ struct Filter
     bool byExchange = false;
 };
 
-// One printed column: its caption, whether numbers line it up on the right,
-// and each row's text.
-struct Table
+// One column of the blotter: its caption, the key of its value in a JSON
+// line (the names `qal decode --json` and `qal save --json` use), and
+// whether numbers line it up on the right.
+struct Column
 {
-    QStringList captions;
-    std::vector<bool> rightAligned;
-    std::vector<QStringList> rows;
+    const char* caption;
+    const char* key;
+    bool rightAligned = false;
 };
 
-QString price(long double value)
+// One cell: the text the blotter prints and the value a JSON line carries
+// (quantities and prices as numbers).
+struct Cell
 {
-    return FixedText(double(value), 3);
+    QString text;
+    QJsonValue value;
+};
+
+Cell text(const QString& value)
+{
+    return { value, value };
 }
 
-QString number(int value)
+// Prices are kept in long double and read from the database through it, so
+// 112.3 may come back as 112.30000000000001; the JSON value is rounded to the
+// six decimals order messages carry, which gives the price as entered.
+Cell price(long double value)
 {
-    return QString::number(value);
+    return { FixedText(double(value), 3), QString::number(double(value), 'f', 6).toDouble() };
 }
+
+Cell number(int value)
+{
+    return { QString::number(value), value };
+}
+
+struct Table
+{
+    // The record class a row comes from, as `qal decode --json` names it.
+    QString type;
+    std::vector<Column> columns;
+    std::vector<std::vector<Cell>> rows;
+};
 
 // The records a blotter holds. Trades are referred to by their exchange
 // orders, exchange orders adopted by their client orders; what has no parent
@@ -114,6 +142,25 @@ void attachTrades(Blotter& blotter)
     }
 }
 
+// A trade row carries no exchange of its own: the trade is on its exchange
+// order's exchange. The exchange-filtered loader joins it in; otherwise it is
+// looked up among all the day's exchange orders, since a dealer's trades may
+// fill an exchange order another dealer entered.
+void fillTradeExchanges(Blotter& blotter)
+{
+    const bool missing = std::any_of(blotter.trades.begin(), blotter.trades.end(),
+        [](const auto& trade) { return trade->Exch.isEmpty(); });
+    if (!missing)
+        return;
+    QHash<QString, QString> exchangeOf;
+    orderLoadExchOrders(
+        [&exchangeOf](std::unique_ptr<TexchOrder> exch) { exchangeOf.insert(exch->Order_No, exch->Exch); });
+    for (const auto& trade : blotter.trades) {
+        if (trade->Exch.isEmpty())
+            trade->Exch = exchangeOf.value(trade->Exch_No);
+    }
+}
+
 // Exchange orders go to their client orders, which then own them.
 void attachExchOrders(Blotter& blotter)
 {
@@ -132,52 +179,78 @@ void attachExchOrders(Blotter& blotter)
 
 Table ordersTable(const Blotter& blotter)
 {
-    Table table { { "Order No", "Account", "Side", "Symbol", "Qty", "Price", "Status", "Filled", "Remaining",
-                      "Queued", "Exch", "Created", "Remark" },
-        { false, false, false, false, true, true, false, true, true, true, false, false, false }, {} };
+    Table table { QStringLiteral("TomsOrder"),
+        { { "Order No", "orderNo" }, { "Account", "account" }, { "Side", "side" }, { "Symbol", "symbol" },
+            { "Qty", "quantity", true }, { "Price", "price", true }, { "Status", "status" },
+            { "Filled", "fillQty", true }, { "Remaining", "remainingQty", true },
+            { "Queued", "queueQty", true }, { "Exch", "exchange" }, { "Created", "created" },
+            { "Remark", "remark" } },
+        {} };
     for (const auto& o : blotter.orders) {
-        table.rows.push_back(
-            { o->OmsOrder_No, o->Account, o->GetBuySellText(), o->Symbol, number(o->Quantity),
-                price(o->Price), o->statusMessage(), number(o->Fill_Qty), number(o->GetRemainingQty()),
-                number(o->CalculateQueuQty()), o->Exch, o->Order_Time501, o->GetRemark() });
+        table.rows.push_back({ text(o->OmsOrder_No), text(o->Account), text(o->GetBuySellText()),
+            text(o->Symbol), number(o->Quantity), price(o->Price), text(o->statusMessage()),
+            number(o->Fill_Qty), number(o->GetRemainingQty()), number(o->CalculateQueuQty()), text(o->Exch),
+            text(o->Order_Time501), text(o->GetRemark()) });
     }
     return table;
 }
 
 Table exchOrdersTable(const Blotter& blotter)
 {
-    Table table { { "Exch No", "Order No", "Account", "Side", "Symbol", "Qty", "Price", "Status", "Filled",
-                      "Queued", "Exch", "Created", "Remark" },
-        { false, false, false, false, false, true, true, false, true, true, false, false, false }, {} };
+    Table table { QStringLiteral("TexchOrder"),
+        { { "Exch No", "exchNo" }, { "Order No", "orderNo" }, { "Account", "account" }, { "Side", "side" },
+            { "Symbol", "symbol" }, { "Qty", "quantity", true }, { "Price", "price", true },
+            { "Status", "status" }, { "Filled", "fillQty", true }, { "Queued", "queueQty", true },
+            { "Exch", "exchange" }, { "Created", "created" }, { "Remark", "remark" } },
+        {} };
     for (const auto& e : blotter.exchOrders) {
-        table.rows.push_back({ e->Order_No, e->OmsOrder_No, e->Account, e->GetBuySellText(), e->Symbol,
-            number(e->Quantity), price(e->Price), e->statusMessage(), number(e->CalculateFillQty()),
-            number(e->CalculateQueuQty()), e->Exch, e->Order_Time, e->GetRemark() });
+        table.rows.push_back({ text(e->Order_No), text(e->OmsOrder_No), text(e->Account),
+            text(e->GetBuySellText()), text(e->Symbol), number(e->Quantity), price(e->Price),
+            text(e->statusMessage()), number(e->CalculateFillQty()), number(e->CalculateQueuQty()),
+            text(e->Exch), text(e->Order_Time), text(e->GetRemark()) });
     }
     return table;
 }
 
 Table tradesTable(const Blotter& blotter)
 {
-    Table table { { "Trade No", "Exch No", "Account", "Side", "Symbol", "Qty", "Price", "Status", "Type",
-                      "Exch", "Time" },
-        { false, false, false, false, false, true, true, false, false, false, false }, {} };
+    Table table { QStringLiteral("TomsTrade"),
+        { { "Trade No", "tradeNo" }, { "Exch No", "exchNo" }, { "Account", "account" }, { "Side", "side" },
+            { "Symbol", "symbol" }, { "Qty", "fillQty", true }, { "Price", "fillPrice", true },
+            { "Status", "status" }, { "Type", "tradeType" }, { "Exch", "exchange" }, { "Time", "time" } },
+        {} };
     for (const auto& t : blotter.trades) {
-        table.rows.push_back(
-            { t->Order_No, t->Exch_No, t->Account, t->GetBuySellText(), t->Symbol, number(t->Fill_Qty),
-                price(t->Fill_Price), t->statusMessage(), t->getTradeType(), t->Exch, t->EXE_Time });
+        table.rows.push_back({ text(t->Order_No), text(t->Exch_No), text(t->Account),
+            text(t->GetBuySellText()), text(t->Symbol), number(t->Fill_Qty), price(t->Fill_Price),
+            text(t->statusMessage()), text(t->getTradeType()), text(t->Exch), text(t->EXE_Time) });
     }
     return table;
+}
+
+QStringList captions(const Table& table)
+{
+    QStringList captions;
+    for (const Column& column : table.columns)
+        captions << QString::fromLatin1(column.caption);
+    return captions;
+}
+
+QStringList texts(const std::vector<Cell>& row)
+{
+    QStringList texts;
+    for (const Cell& cell : row)
+        texts << cell.text;
+    return texts;
 }
 
 void printAligned(const Table& table, QTextStream& out)
 {
     std::vector<qsizetype> widths;
-    for (const QString& caption : table.captions)
-        widths.push_back(caption.size());
-    for (const QStringList& row : table.rows) {
-        for (qsizetype c = 0; c < row.size(); ++c)
-            widths[std::size_t(c)] = std::max(widths[std::size_t(c)], row[c].size());
+    for (const Column& column : table.columns)
+        widths.push_back(qsizetype(qstrlen(column.caption)));
+    for (const auto& row : table.rows) {
+        for (std::size_t c = 0; c < row.size(); ++c)
+            widths[c] = std::max(widths[c], row[c].text.size());
     }
     auto line = [&](const QStringList& cells) {
         QString text;
@@ -185,14 +258,14 @@ void printAligned(const Table& table, QTextStream& out)
             const int width = int(widths[std::size_t(c)]);
             if (c > 0)
                 text += QStringLiteral("  ");
-            text += table.rightAligned[std::size_t(c)] ? cells[c].rightJustified(width)
-                                                       : cells[c].leftJustified(width);
+            text += table.columns[std::size_t(c)].rightAligned ? cells[c].rightJustified(width)
+                                                               : cells[c].leftJustified(width);
         }
         out << QStringView(text).trimmed() << '\n';
     };
-    line(table.captions);
-    for (const QStringList& row : table.rows)
-        line(row);
+    line(captions(table));
+    for (const auto& row : table.rows)
+        line(texts(row));
 }
 
 QString csvField(const QString& text)
@@ -210,9 +283,20 @@ void printCsv(const Table& table, QTextStream& out)
             fields << csvField(cell);
         out << fields.join(u',') << "\r\n";
     };
-    line(table.captions);
-    for (const QStringList& row : table.rows)
-        line(row);
+    line(captions(table));
+    for (const auto& row : table.rows)
+        line(texts(row));
+}
+
+// One JSON object per record, the record's class under "type".
+void printJson(const Table& table, QTextStream& out)
+{
+    for (const auto& row : table.rows) {
+        QJsonObject object { { QStringLiteral("type"), table.type } };
+        for (std::size_t c = 0; c < row.size(); ++c)
+            object.insert(QLatin1StringView(table.columns[c].key), row[c].value);
+        writeJsonLine(out, object);
+    }
 }
 
 } // namespace
@@ -233,33 +317,33 @@ int runBlotter(const QStringList& arguments, QTextStream& out, QTextStream& err)
         QStringLiteral("Only what this user entered or runs (repeat for several users)."),
         QStringLiteral("id"));
     const QCommandLineOption exchange(QStringLiteral("exchange"),
-        QStringLiteral("Only this exchange, e.g. SEHK or HKFE (repeat for several)."),
+        QStringLiteral("Only this exchange, %1 in any case (repeat for several).")
+            .arg(knownExchanges().join(QStringLiteral(" or "))),
         QStringLiteral("code"));
     const QCommandLineOption csv(
         QStringLiteral("csv"), QStringLiteral("Comma-separated values with a header line."));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ exch, trades, user, exchange, csv, help });
+    const QCommandLineOption json(
+        QStringLiteral("json"), QStringLiteral("One JSON object per order, exchange order or trade."));
+    parser.addOptions({ exch, trades, user, exchange, csv, json });
 
-    if (!parser.parse(QStringList { QStringLiteral("qal blotter") } + arguments)) {
-        err << "qal blotter: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    if (const std::optional<int> done
+        = parseCommandLine(parser, QStringLiteral("blotter"), arguments, out, err))
+        return *done;
     if (!parser.positionalArguments().isEmpty()) {
         err << "qal blotter: unexpected argument \"" << parser.positionalArguments().first() << "\"\n";
-        return 2;
+        return kUsageError;
     }
     if (parser.isSet(exch) && parser.isSet(trades)) {
         err << "qal blotter: --exch-orders and --trades exclude each other\n";
-        return 2;
+        return kUsageError;
     }
     if (parser.isSet(user) && parser.isSet(exchange)) {
         err << "qal blotter: --user and --exchange exclude each other\n";
-        return 2;
+        return kUsageError;
+    }
+    if (parser.isSet(csv) && parser.isSet(json)) {
+        err << "qal blotter: --csv and --json exclude each other\n";
+        return kUsageError;
     }
     const View view = parser.isSet(trades) ? View::Trades
         : parser.isSet(exch)               ? View::ExchOrders
@@ -267,19 +351,31 @@ int runBlotter(const QStringList& arguments, QTextStream& out, QTextStream& err)
     Filter filter;
     for (const QString& id : parser.values(user))
         filter.users.AddItem(id, 0);
-    for (const QString& code : parser.values(exchange))
-        filter.exchanges.Add(code);
+    // The order database spells exchanges in capitals and compares them
+    // exactly; a misspelt one would show an empty blotter, as if the
+    // exchange had had no business.
+    for (const QString& name : parser.values(exchange)) {
+        const std::optional<QString> code = exchangeCode(name);
+        if (!code) {
+            err << "qal blotter: unknown exchange \"" << name
+                << "\" (known: " << knownExchanges().join(QStringLiteral(", ")) << ")\n";
+            return kUsageError;
+        }
+        filter.exchanges.Add(*code);
+    }
     filter.byUser = parser.isSet(user);
     filter.byExchange = parser.isSet(exchange);
 
     if (!useConfiguration(QStringLiteral("blotter"), err))
-        return 1;
+        return kFailure;
     Blotter blotter;
     Table table;
     try {
         loadTrades(filter, blotter);
         if (view != View::Trades)
             loadExchOrders(filter, blotter);
+        else
+            fillTradeExchanges(blotter);
         attachTrades(blotter);
         if (view == View::Orders) {
             loadOrders(filter, blotter);
@@ -290,13 +386,15 @@ int runBlotter(const QStringList& arguments, QTextStream& out, QTextStream& err)
                                        : tradesTable(blotter);
     } catch (const Error& error) {
         err << "qal blotter: " << error.message() << '\n';
-        return 1;
+        return kFailure;
     }
     if (parser.isSet(csv))
         printCsv(table, out);
+    else if (parser.isSet(json))
+        printJson(table, out);
     else
         printAligned(table, out);
-    return 0;
+    return kSuccess;
 }
 
 } // namespace qal::tool

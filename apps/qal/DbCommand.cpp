@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "apps/qal/DbCommand.h"
+#include "apps/qal/CommandLine.h"
 #include "apps/qal/ToolConfig.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 
 #include <QCommandLineParser>
@@ -10,6 +12,8 @@
 #include <QDate>
 #include <QDir>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QTextStream>
 
 #include "apps/qal/SampleDay.h"
@@ -115,23 +119,48 @@ void printSample(QTextStream& out, const SampleDaySummary& day, const SampleDayS
     printLine(out, "futures requests", day.futuresRequests, QStringLiteral("mftsorder_state"));
 }
 
-int init(const QString& aliasName, bool sample, bool force, QTextStream& out, QTextStream& err,
+// The sample day as JSON: the rows written per table, and the breakdowns
+// the text report shows beside them.
+QJsonObject sampleJson(const SampleDaySummary& day, const SampleDaySettings& settings)
+{
+    QJsonObject statuses;
+    for (const auto& [status, count] : day.ordersByStatus)
+        statuses.insert(status, count);
+    const QJsonObject rows { { QStringLiteral("User_File"), day.users },
+        { QStringLiteral("AccountEntitle"), day.entitlements },
+        { QStringLiteral("orsconfig"), day.destinations }, { QStringLiteral("Account_File"), day.accounts },
+        { QStringLiteral("Account_ShortCut"), day.shortcuts },
+        { QStringLiteral("OMSTrade_File"), day.sehkOrders + day.hkfeOrders },
+        { QStringLiteral("Exch_File"), day.exchangeOrders }, { QStringLiteral("Trans_File"), day.trades },
+        { QStringLiteral("omsREQ"), day.requests },
+        { QStringLiteral("mftsorder_state"), day.futuresRequests } };
+    return { { QStringLiteral("date"), settings.date.toString(Qt::ISODate) },
+        { QStringLiteral("seed"),
+            settings.seed <= quint64(std::numeric_limits<qint64>::max())
+                ? QJsonValue(qint64(settings.seed))
+                : QJsonValue(QString::number(settings.seed)) },
+        { QStringLiteral("rows"), rows }, { QStringLiteral("sehkOrders"), day.sehkOrders },
+        { QStringLiteral("hkfeOrders"), day.hkfeOrders }, { QStringLiteral("ordersByStatus"), statuses },
+        { QStringLiteral("manualTrades"), day.manualTrades } };
+}
+
+int init(const QString& aliasName, bool sample, bool force, bool json, QTextStream& out, QTextStream& err,
     const QString& spreadsDir, SampleDaySettings& settings)
 {
     const std::optional<QString> omsIni = useConfiguration(QStringLiteral("db"), err);
     if (!omsIni)
-        return 1;
+        return kFailure;
     TSession& session = TSession::Default();
     if (!session.IsAlias(aliasName)) {
         err << "qal db init: there is no database alias \"" << aliasName << "\" in "
             << (session.AliasFile().isEmpty() ? *omsIni : session.AliasFile()) << '\n';
-        return 1;
+        return kFailure;
     }
     const QString driver = session.GetAliasDriverName(aliasName).toUpper();
     if (driver != u"SQLITE" && driver != u"POSTGRES") {
         err << "qal db init: alias \"" << aliasName << "\" is a " << driver
             << " alias, not an SQLITE or POSTGRES database\n";
-        return 1;
+        return kFailure;
     }
     const QString where = location(aliasName, driver);
 
@@ -145,7 +174,11 @@ int init(const QString& aliasName, bool sample, bool force, QTextStream& out, QT
         database.Params().Add(QStringLiteral("CREATE=TRUE"));
     }
     database.Open();
-    out << "order database " << aliasName << " (" << driver << ") at " << where << '\n';
+    // With --json the summary is one object, written once everything is done.
+    QJsonObject summary { { QStringLiteral("alias"), aliasName }, { QStringLiteral("driver"), driver },
+        { QStringLiteral("location"), where } };
+    if (!json)
+        out << "order database " << aliasName << " (" << driver << ") at " << where << '\n';
 
     const std::vector<TOrderTableRows> before = OrderTableRowCounts(database);
     const QString existing = rowsText(before);
@@ -153,10 +186,17 @@ int init(const QString& aliasName, bool sample, bool force, QTextStream& out, QT
         if (!force) {
             err << "qal db init: the database already holds data (" << existing
                 << "); nothing was changed. Run again with --force to delete it all and start afresh.\n";
-            return 1;
+            return kFailure;
         }
         ClearOrderData(database);
-        out << "deleted the existing data: " << existing << '\n';
+        QJsonObject deleted;
+        for (const TOrderTableRows& table : before) {
+            if (table.rows > 0)
+                deleted.insert(table.table, table.rows);
+        }
+        summary.insert(QStringLiteral("deleted"), deleted);
+        if (!json)
+            out << "deleted the existing data: " << existing << '\n';
     }
 
     CreateOrderSchema(database);
@@ -167,20 +207,31 @@ int init(const QString& aliasName, bool sample, bool force, QTextStream& out, QT
         if (!had)
             created << table;
     }
-    if (created.isEmpty())
-        out << "tables: all " << OrderSchemaTables().size() << " were there already\n";
-    else
-        out << "created tables: " << created.join(u", ") << '\n';
-    out << "procedure sp_insert_new_order: "
-        << (driver == u"SQLITE" ? "built into the library (embedded database)" : "created on the server")
-        << '\n';
+    const bool embedded = driver == u"SQLITE";
+    summary.insert(QStringLiteral("createdTables"), QJsonArray::fromStringList(created));
+    summary.insert(
+        QStringLiteral("procedure"), embedded ? QStringLiteral("embedded") : QStringLiteral("server"));
+    if (!json) {
+        if (created.isEmpty())
+            out << "tables: all " << OrderSchemaTables().size() << " were there already\n";
+        else
+            out << "created tables: " << created.join(u", ") << '\n';
+        out << "procedure sp_insert_new_order: "
+            << (embedded ? "built into the library (embedded database)" : "created on the server") << '\n';
+    }
 
     if (sample) {
         settings.securities = ladder(QStringLiteral("sehk_securities"), spreadsDir);
         settings.etp = ladder(QStringLiteral("sehk_etp"), spreadsDir);
-        printSample(out, WriteSampleDay(database, settings), settings);
+        const SampleDaySummary day = WriteSampleDay(database, settings);
+        if (json)
+            summary.insert(QStringLiteral("sample"), sampleJson(day, settings));
+        else
+            printSample(out, day, settings);
     }
-    return 0;
+    if (json)
+        writeJsonLine(out, summary);
+    return kSuccess;
 }
 
 } // namespace
@@ -210,48 +261,42 @@ int runDb(const QStringList& arguments, QTextStream& out, QTextStream& err)
         QStringLiteral("N"), QStringLiteral("1"));
     const QCommandLineOption spreadsDir(QStringLiteral("spreads-dir"),
         QStringLiteral("Directory of the SEHK price ladders."), QStringLiteral("dir"));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ sample, alias, force, date, seed, spreadsDir, help });
+    const QCommandLineOption json(QStringLiteral("json"),
+        QStringLiteral("The summary as one JSON object, written when the work is done."));
+    parser.addOptions({ sample, alias, force, date, seed, spreadsDir, json });
     parser.addPositionalArgument(QStringLiteral("init"), QStringLiteral("Create the order database."));
 
-    if (!parser.parse(QStringList { QStringLiteral("qal db") } + arguments)) {
-        err << "qal db: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("db"), arguments, out, err))
+        return *done;
     const QStringList positional = parser.positionalArguments();
     if (positional != QStringList { QStringLiteral("init") }) {
         err << "qal db: the command is \"qal db init [--sample] [--alias NAME] [--force]\" (see qal db "
                "--help)\n";
-        return 2;
+        return kUsageError;
     }
     SampleDaySettings settings;
     settings.date = QDate::fromString(parser.value(date), Qt::ISODate);
     if (!settings.date.isValid()) {
         err << "qal db: --date takes a date as yyyy-mm-dd, not \"" << parser.value(date) << "\"\n";
-        return 2;
+        return kUsageError;
     }
     if (settings.date.dayOfWeek() > 5) {
         err << "qal db: " << settings.date.toString(Qt::ISODate)
             << " is a weekend day; the exchanges do not trade\n";
-        return 2;
+        return kUsageError;
     }
     bool seedOk = false;
     settings.seed = parser.value(seed).toULongLong(&seedOk);
     if (!seedOk) {
         err << "qal db: --seed takes a whole number, not \"" << parser.value(seed) << "\"\n";
-        return 2;
+        return kUsageError;
     }
     try {
-        return init(parser.value(alias), parser.isSet(sample), parser.isSet(force), out, err,
-            parser.value(spreadsDir), settings);
+        return init(parser.value(alias), parser.isSet(sample), parser.isSet(force), parser.isSet(json), out,
+            err, parser.value(spreadsDir), settings);
     } catch (const Error& e) {
         err << "qal db init: " << e.message() << '\n';
-        return 1;
+        return kFailure;
     }
 }
 

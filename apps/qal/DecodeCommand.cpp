@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/qal/DecodeCommand.h"
+#include "apps/qal/CommandLine.h"
 
 #include <memory>
 
@@ -220,24 +221,17 @@ int runDecode(const QStringList& arguments, QTextStream& out, QTextStream& err)
     const QCommandLineOption encoding(QStringLiteral("encoding"),
         QStringLiteral("Encoding of standard input: utf-8 (default) or cp950 (the OMS wire code page)."),
         QStringLiteral("name"), QStringLiteral("utf-8"));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ order, trade, json, encoding, help });
+    parser.addOptions({ order, trade, json, encoding });
     parser.addPositionalArgument(
         QStringLiteral("message"), QStringLiteral("Messages to decode."), QStringLiteral("[message...]"));
 
-    if (!parser.parse(QStringList { QStringLiteral("qal decode") } + arguments)) {
-        err << "qal decode: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    if (const std::optional<int> done
+        = parseCommandLine(parser, QStringLiteral("decode"), arguments, out, err))
+        return *done;
     Options options;
     if (parser.isSet(order) && parser.isSet(trade)) {
         err << "qal decode: --order and --trade exclude each other\n";
-        return 2;
+        return kUsageError;
     }
     options.kind = parser.isSet(trade) ? RecordKind::Trade
         : parser.isSet(order)          ? RecordKind::ClientOrder
@@ -248,7 +242,7 @@ int runDecode(const QStringList& arguments, QTextStream& out, QTextStream& err)
         options.cp950 = true;
     } else if (encodingName != u"utf-8" && encodingName != u"utf8") {
         err << "qal decode: unknown encoding \"" << parser.value(encoding) << "\" (use utf-8 or cp950)\n";
-        return 2;
+        return kUsageError;
     }
 
     Decoder decoder(options, out, err);
@@ -257,14 +251,14 @@ int runDecode(const QStringList& arguments, QTextStream& out, QTextStream& err)
         QFile input;
         if (!input.open(stdin, QIODevice::ReadOnly)) {
             err << "qal decode: cannot read standard input\n";
-            return 2;
+            return kUsageError;
         }
         decoder.decodeStream(input);
     } else {
         for (qsizetype i = 0; i < messages.size(); ++i)
             decoder.decode(messages[i], QStringLiteral("argument %1").arg(i + 1));
     }
-    return decoder.failed() ? 1 : 0;
+    return decoder.failed() ? kFailure : kSuccess;
 }
 
 } // namespace qal::tool

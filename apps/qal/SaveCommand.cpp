@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/qal/SaveCommand.h"
+#include "apps/qal/CommandLine.h"
 
 #include <QCommandLineParser>
 #include <QJsonDocument>
@@ -96,22 +97,14 @@ int runSave(const QStringList& arguments, QTextStream& out, QTextStream& err)
     const QCommandLineOption json(QStringLiteral("json"),
         QStringLiteral(
             "One JSON object per order: its number, creation and modification times, or the error."));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ json, help });
+    parser.addOptions({ json });
     parser.addPositionalArgument(
         QStringLiteral("message"), QStringLiteral("Orders to save."), QStringLiteral("[message...]"));
 
-    if (!parser.parse(QStringList { QStringLiteral("qal save") } + arguments)) {
-        err << "qal save: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("save"), arguments, out, err))
+        return *done;
     if (!useConfiguration(QStringLiteral("save"), err))
-        return 1;
+        return kFailure;
     // An embedded order database has its procedure in this process.
     RegisterOrderProcedures();
 

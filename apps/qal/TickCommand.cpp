@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "apps/qal/TickCommand.h"
+#include "apps/qal/CommandLine.h"
 
 #include <optional>
 
@@ -78,50 +79,49 @@ int runTick(const QStringList& arguments, QTextStream& out, QTextStream& err)
     const QCommandLineOption steps(QStringLiteral("steps"),
         QStringLiteral("Ticks away to show (default: 1)."), QStringLiteral("N"), QStringLiteral("1"));
     const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("One JSON object per price."));
-    const QCommandLineOption help(
-        { QStringLiteral("h"), QStringLiteral("help") }, QStringLiteral("Show this help."));
-    parser.addOptions({ ladder, spread, spreadsDir, steps, json, help });
+    parser.addOptions({ ladder, spread, spreadsDir, steps, json });
     parser.addPositionalArgument(
         QStringLiteral("price"), QStringLiteral("Prices to look at."), QStringLiteral("price..."));
 
-    if (!parser.parse(QStringList { QStringLiteral("qal tick") } + arguments)) {
-        err << "qal tick: " << parser.errorText() << '\n';
-        return 2;
-    }
-    if (parser.isSet(help)) {
-        out << parser.helpText();
-        return 0;
-    }
+    if (const std::optional<int> done = parseCommandLine(parser, QStringLiteral("tick"), arguments, out, err))
+        return *done;
     int n = 0;
     if (!TryStrToInt(parser.value(steps), n) || n < 0) {
         err << "qal tick: --steps takes a whole number of ticks, not \"" << parser.value(steps) << "\"\n";
-        return 2;
+        return kUsageError;
     }
     const QStringList prices = parser.positionalArguments();
     if (prices.isEmpty()) {
         err << "qal tick: give at least one price (see qal tick --help)\n";
-        return 2;
+        return kUsageError;
     }
 
+    // A spread text that does not load is a mistake on the command line; a
+    // ladder file that does not load is a broken file. Either way no price is
+    // shown: the one-tick ladder the library falls back on would answer for
+    // an exchange that has no such ladder.
     TSpreadTable table;
     QString source;
+    const bool fromText = parser.isSet(spread);
     try {
-        if (parser.isSet(spread)) {
+        if (fromText) {
             source = parser.value(spread);
             table = TSpreadTable(source);
         } else {
             const auto path = findLadder(parser.value(ladder), parser.value(spreadsDir), err);
             if (!path)
-                return 2;
+                return kUsageError;
             source = *path;
             table = TSpreadTable::fromFile(*path);
         }
     } catch (const Error& e) {
         err << "qal tick: " << e.message() << '\n';
-        return 2;
+        return fromText ? kUsageError : kFailure;
     }
-    if (table.LoadError() || table.Count() == 0)
+    if (table.LoadError() || table.Count() == 0) {
         err << "qal tick: " << Format(_res_LoadSpreadError(), { source }) << '\n';
+        return fromText ? kUsageError : kFailure;
+    }
 
     const bool asJson = parser.isSet(json);
     if (!asJson) {
@@ -166,7 +166,7 @@ int runTick(const QStringList& arguments, QTextStream& out, QTextStream& err)
                        .arg(priceText(above));
         }
     }
-    return failed ? 1 : 0;
+    return failed ? kFailure : kSuccess;
 }
 
 } // namespace qal::tool

@@ -6,11 +6,14 @@
 #include <cstdio>
 
 #include "apps/qal/BlotterCommand.h"
+#include "apps/qal/BusCommand.h"
 #include "apps/qal/DbCommand.h"
 #include "apps/qal/DecodeCommand.h"
 #include "apps/qal/SaveCommand.h"
 #include "apps/qal/TickCommand.h"
 #include "apps/qal/WhoamiCommand.h"
+#include "qalpack/qalpack.h"
+#include "qalpack/version.h"
 
 namespace {
 
@@ -23,8 +26,12 @@ Commands:
   blotter  load orders, exchange orders or trades and show them as a blotter
   save     save a new order given as a tagged message
   whoami   show what the library knows of a user
+  watch    print the records arriving on topics of the desk-wide bus (watch TOPIC... [--json])
+  publish  publish records on the desk-wide bus, in text form: qal publish 'image|USER_D001|13|D001|'
+  logoff   force a user's desks off (logoff --user ID [--message TEXT])
 
-Run "qal <command> --help" for a command's options.
+Run "qal help <command>" (or "qal <command> --help") for a command's options,
+"qal --version" for the version of the tool and of the library it loaded.
 )";
 
 } // namespace
@@ -39,8 +46,19 @@ int main(int argc, char** argv)
     QStringList arguments = QCoreApplication::arguments();
     arguments.removeFirst();
     if (arguments.isEmpty() || arguments.first() == u"--help" || arguments.first() == u"-h") {
-        out << kUsage;
+        (arguments.isEmpty() ? err : out) << kUsage;
         return arguments.isEmpty() ? 2 : 0;
+    }
+    if (arguments.first() == u"--version") {
+        out << "qal " << QALPACK_VERSION_STRING << " (library " << qalVersion() << ")\n";
+        return 0;
+    }
+    if (arguments.first() == u"help") {
+        if (arguments.size() == 1) {
+            out << kUsage;
+            return 0;
+        }
+        arguments = { arguments[1], QStringLiteral("--help") };
     }
     const QString command = arguments.takeFirst();
     if (command == u"decode")
@@ -55,6 +73,12 @@ int main(int argc, char** argv)
         return qal::tool::runSave(arguments, out, err);
     if (command == u"whoami")
         return qal::tool::runWhoami(arguments, out, err);
+    if (command == u"watch")
+        return qal::tool::runWatch(arguments, out, err);
+    if (command == u"publish")
+        return qal::tool::runPublish(arguments, out, err);
+    if (command == u"logoff")
+        return qal::tool::runLogoff(arguments, out, err);
     err << "qal: unknown command \"" << command << "\"\n" << kUsage;
     return 2;
 }

@@ -224,7 +224,7 @@ void TDatabase::StartTransaction()
 
 void TDatabase::Commit()
 {
-    connection().execute(QStringLiteral("COMMIT"), {});
+    connection().commit();
 }
 
 void TDatabase::Rollback()

@@ -82,7 +82,11 @@ public:
     // first schema of a server's search path), connecting first if needed.
     void GetTableNames(TStringList& into);
 
+    // Begins a transaction; throws when one is already open.
     void StartTransaction();
+    // Commits the open transaction. A failed commit (the file locked by a
+    // reader, the connection lost) rolls the transaction back before it
+    // throws, so the connection is never left inside a dead transaction.
     void Commit();
     void Rollback();
     [[nodiscard]] bool InTransaction() const;

@@ -8,8 +8,10 @@
 #include <libpq-fe.h>
 
 #include "qalpack/db/Backend.h"
+#include "qalpack/db/ValueText.h"
 #include "qalpack/db/DatabaseError.h"
 #include "qalpack/db/Query.h"
+#include "qalpack/omslib/omsLog.h"
 #include "qalpack/runtime/StringList.h"
 
 namespace qal {
@@ -18,6 +20,10 @@ namespace {
 
 using backend::RawValue;
 using Result = std::unique_ptr<PGresult, decltype(&PQclear)>;
+
+// Date-times come back as "yyyy-mm-dd hh:nn:ss" whatever the server's default;
+// set on every new session, a reconnected one included.
+constexpr const char* datestyle = "SET datestyle TO 'ISO, YMD'";
 
 QString snippet(const QString& sql)
 {
@@ -257,6 +263,23 @@ public:
         return PQtransactionStatus(connection_) != PQTRANS_IDLE;
     }
 
+    void commit() override
+    {
+        try {
+            const Result result = run(QStringLiteral("COMMIT"), {}, QStringLiteral("commit failed"));
+            // A transaction that had already failed answers COMMIT with a
+            // rollback and no error: nothing was stored, and the caller must know.
+            if (qstrcmp(PQcmdStatus(result.get()), "ROLLBACK") == 0)
+                throw DatabaseError(database_,
+                    QStringLiteral("commit failed: an earlier statement of the transaction failed, "
+                                   "so the server rolled it back"));
+        } catch (const DatabaseError&) {
+            if (PQstatus(connection_) == CONNECTION_OK && PQtransactionStatus(connection_) != PQTRANS_IDLE)
+                drop(PQexec(connection_, "ROLLBACK"));
+            throw;
+        }
+    }
+
     QStringList tableNames() override
     {
         return firstColumn(QStringLiteral("select table_name from information_schema.tables "
@@ -268,6 +291,7 @@ public:
         PostgresCursor& cursor, const QByteArray& sql, const std::vector<std::optional<QByteArray>>& params)
     {
         settle();
+        reconnectIfLost();
         std::vector<const char*> values;
         values.reserve(params.size());
         for (const std::optional<QByteArray>& param : params)
@@ -338,6 +362,27 @@ private:
             stream_->settle();
     }
 
+    static void drop(PGresult* result) { PQclear(result); }
+
+    // A connection the server dropped (a restart, a network cut) is opened
+    // again before the next statement, waiting at most the alias's connect
+    // timeout. The statement that met the drop has already failed; a
+    // transaction that was open then is gone with the old session.
+    void reconnectIfLost()
+    {
+        if (PQstatus(connection_) != CONNECTION_BAD)
+            return;
+        omsLogMsg(QStringLiteral("Database %1: the connection to the server was lost, reconnecting").arg(database_), 1);
+        PQreset(connection_);
+        if (PQstatus(connection_) != CONNECTION_OK) {
+            throw DatabaseError(database_,
+                QStringLiteral("no connection to the server, reconnecting failed: %1")
+                    .arg(oneLine(PQerrorMessage(connection_))));
+        }
+        drop(PQexec(connection_, datestyle));
+        omsLogMsg(QStringLiteral("Database %1: reconnected to the server").arg(database_), 1);
+    }
+
     void drain()
     {
         while (PGresult* result = PQgetResult(connection_))
@@ -364,6 +409,7 @@ private:
         const QString& sql, std::span<const backend::Value> params, const QString& what, bool showSql = true)
     {
         settle();
+        reconnectIfLost();
         const QByteArray text = sql.toUtf8();
         Result result(nullptr, &PQclear);
         if (params.empty()) {
@@ -561,8 +607,7 @@ std::unique_ptr<backend::Connection> PostgresBackend::Open(const TStringList& pa
     PQsetNoticeProcessor(
         raw, [](void*, const char*) {}, nullptr);
     auto connection = std::make_unique<PostgresConnection>(raw, database);
-    // Date-times come back as "yyyy-mm-dd hh:nn:ss" whatever the server's default.
-    connection->execute(QStringLiteral("SET datestyle TO 'ISO, YMD'"), {});
+    connection->execute(QString::fromLatin1(datestyle), {});
     return connection;
 }
 

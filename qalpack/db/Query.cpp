@@ -12,6 +12,7 @@
 #include "qalpack/db/DatabaseError.h"
 #include "qalpack/db/RepeatedText.h"
 #include "qalpack/db/Session.h"
+#include "qalpack/db/ValueText.h"
 
 namespace qal {
 

@@ -7,8 +7,10 @@
 #include <sqlite3.h>
 
 #include "qalpack/db/Backend.h"
+#include "qalpack/db/ValueText.h"
 #include "qalpack/db/DatabaseError.h"
 #include "qalpack/db/Query.h"
+#include "qalpack/omslib/omsLog.h"
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/StringList.h"
 
@@ -264,7 +266,30 @@ public:
             undo();
             throw;
         }
-        execute(outermost ? QStringLiteral("COMMIT") : QStringLiteral("RELEASE qal_procedure"), {});
+        if (!outermost) {
+            execute(QStringLiteral("RELEASE qal_procedure"), {});
+            return;
+        }
+        // A COMMIT that fails (another connection still reading the file in
+        // the old journal mode, a full disk) leaves the transaction open.
+        // Roll it back so that nothing the procedure did can be committed
+        // later by someone else's statement, and the write lock is let go.
+        if (sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+            const QString why = QString::fromUtf8(sqlite3_errmsg(db_));
+            undo();
+            throw failed(QStringLiteral("the commit failed, nothing was saved: ") + why);
+        }
+    }
+
+    void commit() override
+    {
+        if (sqlite3_exec(db_, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK)
+            return;
+        const QString why = QString::fromUtf8(sqlite3_errmsg(db_));
+        if (sqlite3_get_autocommit(db_) == 0)
+            sqlite3_exec(db_, "ROLLBACK", nullptr, nullptr, nullptr);
+        throw DatabaseError(
+            database_, QStringLiteral("the commit failed and the transaction was rolled back: ") + why);
     }
 
     bool inTransaction() const override { return sqlite3_get_autocommit(db_) == 0; }
@@ -329,6 +354,24 @@ bool isNamed(const QString& name, QStringView expected)
     return name.compare(expected, Qt::CaseInsensitive) == 0;
 }
 
+// The write-ahead log lets the desk save while other programs read the file
+// (a report, a second desk's blotter): readers never block a commit. The mode
+// is kept in the file, so switching once is enough; a file another program
+// holds locked at that moment keeps its mode until a later open.
+void setJournalMode(sqlite3* db, const QString& mode, const QString& database)
+{
+    static const QStringList known { QStringLiteral("WAL"), QStringLiteral("DELETE"),
+        QStringLiteral("TRUNCATE"), QStringLiteral("PERSIST"), QStringLiteral("MEMORY"), QStringLiteral("OFF") };
+    if (!known.contains(mode))
+        throw DatabaseError(database,
+            QStringLiteral("unknown SQLite journal mode \"%1\" (known: %2)").arg(mode, known.join(u", ")));
+    const QByteArray sql = "PRAGMA journal_mode=" + mode.toLatin1();
+    if (sqlite3_exec(db, sql.constData(), nullptr, nullptr, nullptr) != SQLITE_OK)
+        omsLogMsg(QStringLiteral("Database %1: journal mode %2 not set now: %3")
+                      .arg(database, mode, QString::fromUtf8(sqlite3_errmsg(db))),
+            2);
+}
+
 } // namespace
 
 void SqliteBackend::RegisterProcedure(const QString& name, TSqliteProcedure procedure)
@@ -351,6 +394,7 @@ std::unique_ptr<backend::Connection> SqliteBackend::Open(const TStringList& para
     QString path;
     int busyTimeout = 5000;
     bool create = false;
+    QString journalMode = QStringLiteral("WAL");
     for (int i = 0; i < params.Count(); ++i) {
         const QString name = params.Names(i).trimmed();
         const QString value = params.ValueFromIndex(i).trimmed();
@@ -358,6 +402,8 @@ std::unique_ptr<backend::Connection> SqliteBackend::Open(const TStringList& para
             path = value;
         } else if (isNamed(name, u"BUSY TIMEOUT")) {
             busyTimeout = StrToIntDef(value, busyTimeout);
+        } else if (isNamed(name, u"JOURNAL MODE")) {
+            journalMode = value.toUpper();
         } else if (isNamed(name, u"CREATE")) {
             create = isNamed(value, u"TRUE") || isNamed(value, u"YES") || value == u"1";
         } else if (!isNamed(name, u"USER NAME") && !isNamed(name, u"PASSWORD")) {
@@ -391,6 +437,7 @@ std::unique_ptr<backend::Connection> SqliteBackend::Open(const TStringList& para
             QStringLiteral("cannot open SQLite database \"%1\": %2")
                 .arg(path, QString::fromUtf8(sqlite3_errmsg(db))));
     }
+    setJournalMode(db, journalMode, database);
     return connection;
 }
 

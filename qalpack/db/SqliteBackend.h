@@ -39,8 +39,11 @@ public:
 
     // Opens the database file of the "DATABASE" line (":memory:" and "file:"
     // URIs allowed). Other lines: "BUSY TIMEOUT" (milliseconds to wait for a
-    // lock, default 5000), "CREATE" (true: create a missing file; default
-    // false, so a mistyped path fails instead of giving an empty database);
+    // lock, default 5000; 0 fails at once when another program writes),
+    // "JOURNAL MODE" (default WAL, so that readers never block a save; DELETE,
+    // TRUNCATE, PERSIST, MEMORY and OFF are SQLite's other modes), "CREATE"
+    // (true: create a missing file; default false, so a mistyped path fails
+    // instead of giving an empty database);
     // "USER NAME" and "PASSWORD" are ignored. Throws DatabaseError naming
     // `database` for an unknown line or a file that cannot be opened as a
     // database.

@@ -2,6 +2,7 @@
 #include "qalpack/omslib/DatabaseSetting.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QFile>
 
@@ -13,8 +14,8 @@ namespace qal {
 
 namespace {
 
-// Whether the file may hold passwords: a regular file that neither its group
-// nor anyone else can read, write or run. Missing files are not refused; they
+// Whether the file may hold passwords: a regular file of the user running the
+// desk that neither its group nor anyone else can read, write or run. Missing files are not refused; they
 // simply hold nothing.
 bool isProtected(const QString& fileName)
 {
@@ -30,6 +31,17 @@ bool isProtected(const QString& fileName)
         omsLogMsg(QStringLiteral("Database settings \"%1\" ignored: its group or others have access to it; "
                                  "permissions should be u=rw (0600) or less")
                       .arg(fileName),
+            omsLogWarning);
+        return false;
+    }
+    // Another user's file, however tightly locked, could have been planted to
+    // send the desk's login elsewhere.
+    if (status.st_uid != ::geteuid()) {
+        omsLogMsg(QStringLiteral("Database settings \"%1\" ignored: it belongs to user id %2, not to the "
+                                 "user running the desk (%3)")
+                      .arg(fileName)
+                      .arg(status.st_uid)
+                      .arg(::geteuid()),
             omsLogWarning);
         return false;
     }

@@ -28,8 +28,10 @@ namespace qal {
 // section gives a non-empty alias. Returns false, leaving the three as they
 // were, when it has nothing: no file configured, no such file, no such
 // section, or an empty alias. It also returns false when the file is not a
-// regular file or when its group or others have any access to it (it must be
-// u=rw, 0600, or less); that refusal is logged as a warning naming the file.
+// regular file, when it belongs to another user than the one running the desk
+// (the effective user id), or when its group or others have any access to it
+// (it must be u=rw, 0600, or less); that refusal is logged as a warning
+// naming the file.
 // The file is read afresh on every call.
 [[nodiscard]] QALPACK_EXPORT bool GetDatabaseSetting(
     QString& alias, QString& user, QString& password, const QString& key);

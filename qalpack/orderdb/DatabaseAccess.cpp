@@ -2,13 +2,16 @@
 #include "qalpack/orderdb/DatabaseAccess.h"
 
 #include <exception>
+#include <map>
 #include <memory>
 
 #include "qalpack/db/Database.h"
 #include "qalpack/db/Session.h"
 #include "qalpack/omslib/DatabaseSetting.h"
 #include "qalpack/omslib/ElHashList.h"
-#include "qalpack/profile/QalApplicationProfile.h"
+#include "qalpack/omslib/omsIniFile.h"
+#include "qalpack/runtime/Exception.h"
+#include "qalpack/runtime/IniFile.h"
 #include "qalpack/runtime/StringList.h"
 
 namespace qal {
@@ -28,6 +31,8 @@ struct DatabaseAccessState
     std::unique_ptr<TOmsDM> dmOms;
     TElHashList<TDatabase*> DbHash;
     TStringList redirectDBMap;
+    // Upper-cased logical name to the message of its last failed open.
+    std::map<QString, QString> openErrors;
 };
 
 DatabaseAccessState& state()
@@ -49,6 +54,7 @@ void ResetDatabaseAccess()
     unit.DbHash.Clear();
     unit.dmOms.reset();
     unit.redirectDBMap.Clear();
+    unit.openErrors.clear();
 }
 
 } // namespace internal
@@ -81,21 +87,27 @@ TDatabase* TOmsDM::GetDatabase(const QString& name)
     auto* database = new TDatabase(this);
     unit.DbHash.AddItem(cacheKey, database);
 
-    TQalApplicationProfile* profile = TQalApplicationProfile::GetInstance();
+    // The data map and DSN keys are read from the shared OMS INI, the file
+    // the application profile reads, straight through the OMS library: the
+    // connection layer sits below the profiles that use it.
+    const TIniFile omsIni = omsIniFile();
+    const auto setting = [&omsIni](const QString& section, const QString& key) {
+        return omsIni.ReadString(section, key, QString());
+    };
     QString mapKey = unit.redirectDBMap.Values(cacheKey);
     if (mapKey.isEmpty())
-        mapKey = profile->getValue(QStringLiteral("OMS_DATAMAP"), cacheKey);
+        mapKey = setting(QStringLiteral("OMS_DATAMAP"), cacheKey);
     if (!mapKey.isEmpty()) {
         QString alias;
         if (GetDatabaseSetting(alias, user, password, mapKey)) {
             connectionName = alias;
             AddDataMap(alias, mapKey);
-        } else if (const QString dsnSource = profile->getValue(mapKey, QStringLiteral("DSN_Source"));
+        } else if (const QString dsnSource = setting(mapKey, QStringLiteral("DSN_Source"));
                    !dsnSource.isEmpty()) {
             connectionName = dsnSource;
             AddDataMap(dsnSource, mapKey);
-            user = profile->getValue(mapKey, QStringLiteral("DSN_user"));
-            password = profile->getValue(mapKey, QStringLiteral("DSN_password"));
+            user = setting(mapKey, QStringLiteral("DSN_user"));
+            password = setting(mapKey, QStringLiteral("DSN_password"));
         }
     }
     // A password without a user is never sent: the desk logs on as "sa".
@@ -114,14 +126,31 @@ TDatabase* TOmsDM::GetDatabase(const QString& name)
         database->SetDatabaseName(connectionName + QStringLiteral("DB"));
         database->SetLoginPrompt(false);
         database->SetConnected(true);
-    } catch (const std::exception&) {
-        // An unreachable database is not the caller's error to see: it gets
-        // nullptr, and the next request starts afresh.
-        unit.DbHash.DeleteItem(cacheKey);
-        delete database;
-        return nullptr;
+    } catch (const Error& error) {
+        return forget(cacheKey, database, error.message());
+    } catch (const std::exception& error) {
+        return forget(cacheKey, database, QString::fromLocal8Bit(error.what()));
     }
+    unit.openErrors.erase(cacheKey);
     return database;
+}
+
+// An unreachable database is not thrown at the caller: it gets nullptr, the
+// reason is kept for OpenError, and the next request starts afresh.
+TDatabase* TOmsDM::forget(const QString& cacheKey, TDatabase* database, const QString& why)
+{
+    DatabaseAccessState& unit = state();
+    unit.DbHash.DeleteItem(cacheKey);
+    delete database;
+    unit.openErrors[cacheKey] = why;
+    return nullptr;
+}
+
+QString TOmsDM::OpenError(const QString& name) const
+{
+    const DatabaseAccessState& unit = state();
+    const auto found = unit.openErrors.find(name.toUpper());
+    return found == unit.openErrors.end() ? QString() : found->second;
 }
 
 void TOmsDM::AddDataMap(const QString& name, const QString& mapKey)

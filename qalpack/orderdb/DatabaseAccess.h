@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The order database's connection cache: one open connection per logical
 // database name ("omsdata", ...), its alias, user and password resolved at run
-// time from the redirection map, the application profile and the database
+// time from the redirection map, the shared OMS INI and the database
 // settings file, never written into the library.
 #pragma once
 
@@ -31,7 +31,7 @@ QALPACK_EXPORT void ResetDatabaseAccess();
 // the cache key is `name` in upper case):
 // 1. The data-map key is the redirection map's entry for the key (AddDataMap),
 //    or else the value of the key in section "OMS_DATAMAP" of the OMS INI
-//    (through the application profile).
+//    (read from the file itself, below the application profile).
 // 2. Without a data-map key the connection uses the alias named by the key
 //    itself, as user "sa" with an empty password.
 // 3. With one, the database settings file (GetDatabaseSetting) gives the
@@ -60,9 +60,16 @@ public:
     // The open connection for the logical database `name` (any case),
     // resolved, created and opened on the first request. Returns nullptr when
     // it cannot be opened (unknown alias, server down, login refused): the
-    // failure is not reported and leaves nothing cached, so the next request
-    // resolves and tries again. The data module owns the connection.
+    // failure is not thrown and leaves nothing cached, so the next request
+    // resolves and tries again; OpenError tells why. The data module owns
+    // the connection. A cached PostgreSQL connection that the server dropped
+    // is opened again by its next statement (the statement that met the drop
+    // fails).
     [[nodiscard]] TDatabase* GetDatabase(const QString& name);
+
+    // Why the last GetDatabase of `name` (any case) returned nullptr: the
+    // driver's own message, naming the alias. Empty once it succeeded.
+    [[nodiscard]] QString OpenError(const QString& name) const;
 
     // Sends the logical database `name` to the data-map key `mapKey` for
     // connections not yet opened. The first mapping of a name wins: a later
@@ -74,6 +81,7 @@ public:
 private:
     friend void internal::ResetDatabaseAccess();
     TOmsDM();
+    TDatabase* forget(const QString& cacheKey, TDatabase* database, const QString& why);
 };
 
 } // namespace qal

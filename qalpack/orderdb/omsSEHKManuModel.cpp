@@ -9,7 +9,6 @@
 #include "qalpack/model/omsData.h"
 #include "qalpack/omslib/subMgr.h"
 #include "qalpack/orderdb/orderDB.h"
-#include "qalpack/profile/UserProfile.h"
 
 namespace qal {
 
@@ -34,14 +33,29 @@ bool TomsSEHKManuTrade::isBookedTrade() const
     return exch && !exch->OmsOrder_No.isEmpty();
 }
 
+namespace {
+
+TOMSSEHKManuList::TCurrentUsersSource& currentUsersSource()
+{
+    static TOMSSEHKManuList::TCurrentUsersSource source;
+    return source;
+}
+
+} // namespace
+
+void TOMSSEHKManuList::SetCurrentUsersSource(TCurrentUsersSource source)
+{
+    currentUsersSource() = std::move(source);
+}
+
 TOMSSEHKManuList::TOMSSEHKManuList(QObject* owner)
     : TOMSSEHKManuList(QStringList(), QString(), owner)
 {
-    if (const TUserProfile* const profile = TUserProfile::GetInstance()) {
-        const TElHashList<TCustomRecord>& users = profile->GetAccessableUser();
-        for (int i = 0; i < users.Count(); ++i)
-            addAccessibleUser(users.KeyByIndex(i));
-        addAccessibleUser(profile->UserId());
+    if (const TCurrentUsersSource& source = currentUsersSource()) {
+        const TCurrentUsers users = source();
+        for (const QString& user : users.accessibleUsers)
+            addAccessibleUser(user);
+        addAccessibleUser(users.userNo);
     }
 }
 

@@ -62,6 +62,19 @@ public:
     // Called by TradeUpdate with the trade that fired and the list.
     using TTradeUpdateEvent = std::function<void(void* sender, void* data)>;
 
+    // Who is logged on, as a list made without users needs it: the user's
+    // accessible users and own number.
+    struct TCurrentUsers
+    {
+        QStringList accessibleUsers;
+        QString userNo;
+    };
+    using TCurrentUsersSource = std::function<TCurrentUsers()>;
+    // The user profile installs its source as soon as the desk sets up its
+    // logon (TUserProfile::SetCustomLogin and friends), so that this unit
+    // does not reach up to the profile itself.
+    static void SetCurrentUsersSource(TCurrentUsersSource source);
+
     // A list for the logged-on user: the accessible users are the current
     // user profile's (TUserProfile::GetInstance) accessible users and the
     // user's own number. With no profile (no logon) there are none. Throws

@@ -27,6 +27,15 @@ TDatabase* orderDatabase()
     return TOmsDM::GetInstance()->GetDatabase(QStringLiteral("omsdata"));
 }
 
+TDatabase& RequireOrderDatabase()
+{
+    if (TDatabase* database = orderDatabase())
+        return *database;
+    throw DatabaseError(QStringLiteral("OMSDATA"),
+        QStringLiteral("the order database cannot be opened: ")
+            + TOmsDM::GetInstance()->OpenError(QStringLiteral("omsdata")));
+}
+
 namespace internal {
 
 void AppendQuotedSqlValue(QString& out, QStringView value)
@@ -71,14 +80,6 @@ const QString& saveFailedPrefix()
     return prefix;
 }
 
-TDatabase& orderConnection()
-{
-    TDatabase* database = orderDatabase();
-    if (!database)
-        throw DatabaseError(QStringLiteral("OMSDATA"), QStringLiteral("the order database cannot be opened"));
-    return *database;
-}
-
 // A filter line with every "%s" filled by the quoted list.
 QString filterLine(QStringView line, const QString& list)
 {
@@ -88,7 +89,7 @@ QString filterLine(QStringView line, const QString& list)
 // Opens `query` on the order database with one SQL line per entry.
 void openQuery(TQuery& query, std::initializer_list<QStringView> lines)
 {
-    query.SetDatabaseName(orderConnection().DatabaseName());
+    query.SetDatabaseName(RequireOrderDatabase().DatabaseName());
     query.SQL().Clear();
     for (const QStringView line : lines)
         query.SQL().Add(line.toString());
@@ -720,7 +721,7 @@ void markSaveFailed(TomsOrder& order, const QString& why)
 
 void orderSaveOrder(TomsOrder& order)
 {
-    TDatabase& database = orderConnection();
+    TDatabase& database = RequireOrderDatabase();
     // The embedded database has no server-side procedures: make sure its
     // C++ "sp_insert_new_order" is there.
     EnsureOrderProcedures();

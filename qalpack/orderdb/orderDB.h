@@ -28,6 +28,11 @@ class TomsTrade;
 // module owns it.
 [[nodiscard]] QALPACK_EXPORT TDatabase* orderDatabase();
 
+// orderDatabase(), or a DatabaseError for "OMSDATA" that carries the driver's
+// reason when it cannot be opened (a missing or corrupt file, a server that
+// is down, a refused login).
+[[nodiscard]] QALPACK_EXPORT TDatabase& RequireOrderDatabase();
+
 // Callbacks of the loaders. A receiver is called once per row with the filled
 // record and owns it from then on. A factory makes the record a row is read
 // into, so that a host can load into its own subclass or preset defaults that

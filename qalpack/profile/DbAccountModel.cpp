@@ -58,10 +58,7 @@ QString TDbAccountModel::databaseName() const
 {
     if (!databaseName_.isEmpty())
         return databaseName_;
-    const TDatabase* const database = orderDatabase();
-    if (!database)
-        throw DatabaseError(QStringLiteral("OMSDATA"), QStringLiteral("the order database cannot be opened"));
-    return database->DatabaseName();
+    return RequireOrderDatabase().DatabaseName();
 }
 
 std::unique_ptr<TQuery> TDbAccountModel::query(const QString& sql) const

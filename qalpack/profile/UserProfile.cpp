@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QPointer>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QThread>
@@ -21,6 +22,7 @@
 #include "qalpack/omslib/omsLog.h"
 #include "qalpack/omslib/subMgr.h"
 #include "qalpack/orderdb/DatabaseAccess.h"
+#include "qalpack/orderdb/omsSEHKManuModel.h"
 #include "qalpack/runtime/Exception.h"
 #include "qalpack/runtime/Format.h"
 
@@ -105,11 +107,28 @@ struct UserProfileGlobals
     TCustomLogin login;
     TTerminateHook terminate;
     THelperLauncher launcher;
+    QPointer<TsubMgr> defaultPublisher;
 };
+
+// The manual trade list's users are the logged-on user's.
+TOMSSEHKManuList::TCurrentUsers currentManuListUsers()
+{
+    TOMSSEHKManuList::TCurrentUsers users;
+    if (const TUserProfile* const profile = TUserProfile::GetInstance()) {
+        const TElHashList<TCustomRecord>& accessible = profile->GetAccessableUser();
+        for (int i = 0; i < accessible.Count(); ++i)
+            users.accessibleUsers << accessible.KeyByIndex(i);
+        users.userNo = profile->UserId();
+    }
+    return users;
+}
 
 UserProfileGlobals& globals()
 {
-    static UserProfileGlobals instance;
+    static UserProfileGlobals instance = [] {
+        TOMSSEHKManuList::SetCurrentUsersSource(currentManuListUsers);
+        return UserProfileGlobals {};
+    }();
     return instance;
 }
 
@@ -212,8 +231,8 @@ void TUserProfile::loadUser()
 {
     TDatabase* database = TOmsDM::GetInstance()->GetDatabase(QStringLiteral("omsdata"));
     if (database == nullptr)
-        throw Error(QStringLiteral("User profile of \"%1\": the order database \"omsdata\" cannot be opened")
-                        .arg(userId_));
+        throw Error(QStringLiteral("User profile of \"%1\": the order database \"omsdata\" cannot be opened: %2")
+                        .arg(userId_, TOmsDM::GetInstance()->OpenError(QStringLiteral("omsdata"))));
     TQuery query;
     query.SetDatabaseName(database->DatabaseName());
 
@@ -294,11 +313,11 @@ void TUserProfile::setDuplicateLogon(bool suppress)
     if (suppress)
         return;
     TsubMgr* manager = subscriptionManager();
-    if (publisher_) {
+    if (TsubMgr* const publisher = publisher_ ? publisher_.data() : globals().defaultPublisher.data()) {
         const QString announcement = Format(QStringLiteral("image|USER_%s|%d|%s|%d|%s|%d|%s|%d|%s|"),
             { userId_, kTagUserId, userId_, kTagManager, manager != nullptr ? manager->Name() : QString(),
                 kTagComputer, netInfo_->ComputerName(), kTagInstance, instanceId_ });
-        publisher_->PublishText(cp950::encode(announcement));
+        publisher->PublishText(cp950::encode(announcement));
     }
     if (subscribedOn_)
         return;
@@ -347,6 +366,11 @@ TsubMgr* TUserProfile::subscriptionManager() const
 bool TUserProfile::isMine(const QString& userId) const
 {
     return userId == userId_;
+}
+
+void TUserProfile::SetDefaultPublisher(TsubMgr* publisher)
+{
+    globals().defaultPublisher = publisher;
 }
 
 void TUserProfile::setPublisher(TsubMgr* publisher)

@@ -155,8 +155,14 @@ public:
     // Whether `userId` is this profile's user (exact, case-sensitive).
     [[nodiscard]] virtual bool isMine(const QString& userId) const;
 
-    // The publisher of the logon announcement; nullptr (the default): none.
+    // The publisher of the logon announcement; nullptr (the default): the
+    // default publisher below, if any.
     void setPublisher(TsubMgr* publisher);
+    // The publisher of every profile that has none of its own. OpenDeskBus
+    // makes its manager the default, so a desk on the bus announces its logons
+    // with no code of its own; nullptr (the default): none. Not owned; a
+    // manager that is deleted stops being the default.
+    static void SetDefaultPublisher(TsubMgr* publisher);
     // The manager the watch subscribes on; nullptr: TsubMgr::last().
     void setSubscriptionManager(TsubMgr* manager);
     [[nodiscard]] bool DuplicateLogonSuppressed() const noexcept { return suppressDuplicateLogon_; }

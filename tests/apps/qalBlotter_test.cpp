@@ -15,6 +15,7 @@
 #include "qalpack/orderdb/OrderSchema.h"
 #include "tests/support/DatabaseFixture.h"
 #include "tests/support/QtPrinters.h"
+#include "tests/support/SourceTree.h"
 
 namespace {
 
@@ -47,7 +48,8 @@ protected:
             QStringLiteral("[OMS_LOCAL]\nAliasFile=aliases.ini\n[OMS_DATAMAP]\nOMSDATA=ORDERS\n"
                            "[ORDERS]\nDSN_Source=OMSDATA\nDSN_user=%1\n")
                 .arg(user()));
-        QFile shipped(qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config/STORPROC.INI"));
+        QFile shipped(
+            qal::test::sourcePath(QStringLiteral("config/STORPROC.INI")));
         ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
         write("STORPROC.INI", QString::fromUtf8(shipped.readAll()));
 
@@ -150,7 +152,8 @@ TEST_P(QalBlotterTest, FiltersByUserOrExchangeAndShowsExchangeOrdersAndTrades)
     }
     EXPECT_EQ(csvRows({ "--exch-orders" }),
         QStringList { "E1,01,A1,BUY,0005.HK,1000,80.500,Part,400,600,SEHK,09:31:06," });
-    EXPECT_EQ(csvRows({ "--trades" }), QStringList { "T1,E1,A1,BUY,0005.HK,400,80.500,Comp,,,09:32:00" });
+    // The trade row has no exchange of its own: it is its exchange order's.
+    EXPECT_EQ(csvRows({ "--trades" }), QStringList { "T1,E1,A1,BUY,0005.HK,400,80.500,Comp,,SEHK,09:32:00" });
 }
 
 TEST_P(QalBlotterTest, SavePrintsTheNumberTheOrderGotAndTheBlotterShowsIt)

@@ -112,9 +112,10 @@ TEST(QalTick, ReportsBadPricesLaddersAndSpreadTexts)
     EXPECT_EQ(qal({ "tick", "--steps", "x", "1" }).exitCode, 2);
 
     const ToolRun badSpread = qal({ "tick", "--spread", "10,0.5,abc,1", "10.5" });
-    EXPECT_EQ(badSpread.exitCode, 0);
+    EXPECT_EQ(badSpread.exitCode, 2);
     EXPECT_TRUE(
         badSpread.err.contains(u"Loading spread (10,0.5,abc,1) error. Reset order input spread size to 1."));
+    EXPECT_TRUE(badSpread.out.isEmpty()) << "no prices on a ladder that did not load";
 }
 
 } // namespace

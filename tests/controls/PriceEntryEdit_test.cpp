@@ -298,17 +298,6 @@ TEST(PriceEntryEdit, HoldingTheSpinButtonRepeatsTheStep)
     EXPECT_EQ(form.box->GetValue(), held) << "released: no more steps";
 }
 
-TEST(PriceEntryEdit, ClearViewShowsZeroPointZeroUntilTheNextExit)
-{
-    Form form;
-    form.enter();
-    form.box->setText(QStringLiteral("12"));
-    form.box->ClearView();
-    EXPECT_EQ(form.box->text(), u"0.0");
-    form.leave();
-    EXPECT_EQ(form.box->text(), u"0");
-}
-
 TEST(PriceEntryEdit, TheButtonSitsInsideTheRightEdgeAndTheTextStopsShortOfIt)
 {
     Form form;

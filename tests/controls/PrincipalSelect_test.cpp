@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The principal selector: the codes 11, 12 and 13 and the reset each time it
-// gets a parent.
+// The principal selector: the codes 11, 12 and 13 (the reset on a new parent
+// is the open/close selector's, tested there).
 #include "qalpack/controls/PrincipalSelect.h"
 
 #include <QMetaProperty>
@@ -35,17 +35,6 @@ TEST(PrincipalSelect, CodesSelectTheirItems)
         EXPECT_EQ(select.currentText(), QString::fromLatin1(row.text));
         EXPECT_EQ(select.GetValue(), row.value);
     }
-}
-
-TEST(PrincipalSelect, GettingAParentResetsTheChoice)
-{
-    QWidget first;
-    QWidget second;
-    TPrincipalSelect select(&first);
-    select.SetValue(13);
-    select.setParent(&second);
-    EXPECT_EQ(select.count(), 4);
-    EXPECT_EQ(select.GetValue(), 0);
     EXPECT_STREQ(TPrincipalSelect::staticMetaObject.userProperty().name(), "Value");
 }
 

@@ -144,16 +144,6 @@ TEST(QuantityEdit, LeavingClampsUnlessTheBoundsAreEqual)
     }
 }
 
-TEST(QuantityEdit, ALotOfZeroOrLessIsIgnored)
-{
-    TQuantityEdit box;
-    box.SetLotSize(0);
-    box.SetLotSize(-100);
-    EXPECT_EQ(box.LotSize(), 1000);
-    box.SetLotSize(500);
-    EXPECT_EQ(box.LotSize(), 500);
-}
-
 TEST(QuantityEdit, TheSpinButtonStepsAndTheWheelDoesNot)
 {
     Form form;

@@ -106,21 +106,10 @@ TEST(SymbolEntryEdit, ASuffixNotInTheListIsAppendedAndSelected)
     EXPECT_EQ(list->currentText(), u"HK");
     box.setExchagneSuffix(QStringLiteral(" HK "));
     EXPECT_EQ(box.getExchangeSuffix(), u"HK") << "read back trimmed";
-}
 
-TEST(SymbolEntryEdit, SettextSplitsCodeAndSuffix)
-{
-    TSymbolEntryEdit box;
-    box.setExchagneSuffix(QStringLiteral("SS"));
-    box.setExchagneSuffix(QStringLiteral("HK"));
     box.settext(QStringLiteral("600000.ss"));
     EXPECT_EQ(box.gettext(), u"600000");
-    EXPECT_EQ(box.list()->currentText(), u"SS");
-
-    box.setExchangeMode(true);
-    box.setSymbol(QStringLiteral("00005.hk"));
-    EXPECT_EQ(box.text(), u"00005.HK") << "shown as given, in the box's upper case";
-    EXPECT_EQ(box.list()->currentText(), u"HK");
+    EXPECT_EQ(list->currentText(), u"SS") << "the suffix part selects its item";
 }
 
 } // namespace

@@ -128,6 +128,42 @@ TEST_P(DatabaseConnectTest, RollbackUndoesCommitKeeps)
     EXPECT_EQ(query.FieldByName("n").AsInteger(), 1);
 }
 
+// A reader holding the file in the old journal mode blocks a commit. The
+// failed commit must roll back: a connection left inside the transaction
+// would hold the write lock and fold every later change into a transaction
+// nobody commits.
+TEST_P(DatabaseConnectTest, AFailedCommitRollsBackAndLeavesAutocommit)
+{
+    if (driver() != Driver::Sqlite)
+        GTEST_SKIP() << "a reader cannot block a PostgreSQL commit";
+    TSession::Default().AddAlias("OLDJOURNAL", "SQLITE",
+        TSession::Default().AliasParams("TESTDB") + QStringList { "JOURNAL MODE=DELETE", "BUSY TIMEOUT=0" });
+    auto writer = database("OLDJOURNAL");
+    writer->Execute("create table fills (qty integer)");
+    auto reader = database("OLDJOURNAL");
+    reader->SetDatabaseName("READERDB");
+    reader->StartTransaction();
+    EXPECT_EQ(selectOne("READERDB"), 1);
+    TQuery holding;
+    holding.SetDatabaseName("READERDB");
+    holding.SQL().Add("select count(*) from fills");
+    holding.Open();
+
+    writer->StartTransaction();
+    writer->Execute("insert into fills values (1)");
+    EXPECT_THROW(writer->Commit(), DatabaseError);
+    EXPECT_FALSE(writer->InTransaction());
+    holding.Close();
+    reader->Commit();
+
+    writer->Execute("insert into fills values (2)");
+    TQuery query;
+    query.SetDatabaseName("READERDB");
+    query.SQL().Add("select sum(qty) as total from fills");
+    query.Open();
+    EXPECT_EQ(query.FieldByName("total").AsInteger(), 2);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Drivers, DatabaseConnectTest, testing::Values(Driver::Sqlite, Driver::Postgres), qal::test::driverName);
 
@@ -152,8 +188,31 @@ TEST_P(ServerConnectionTest, LostConnectionRaisesAClearError)
         EXPECT_EQ(error.Database(), "TESTDBDB");
         EXPECT_TRUE(error.message().contains("connection")) << error.message().toStdString();
     }
-    db->Close();
-    EXPECT_EQ(selectOne("TESTDBDB"), 1); // reconnecting works
+    // The statement after the one that met the drop reconnects on its own.
+    EXPECT_EQ(selectOne("TESTDBDB"), 1);
+    EXPECT_TRUE(db->Connected());
+}
+
+TEST_P(ServerConnectionTest, CommitOfAFailedTransactionIsAnErrorNotASilentRollback)
+{
+    auto db = database();
+    db->Execute("create table fills (qty integer)");
+    db->StartTransaction();
+    db->Execute("insert into fills values (1)");
+    EXPECT_THROW(db->Execute("insert into no_such_table values (1)"), DatabaseError);
+    try {
+        db->Commit();
+        FAIL() << "the server rolled the transaction back; Commit must say so";
+    } catch (const DatabaseError& error) {
+        EXPECT_TRUE(error.message().contains("rolled")) << error.message().toStdString();
+    }
+    EXPECT_FALSE(db->InTransaction());
+    db->Execute("insert into fills values (2)");
+    TQuery query;
+    query.SetDatabaseName("TESTDBDB");
+    query.SQL().Add("select sum(qty) as total from fills");
+    query.Open();
+    EXPECT_EQ(query.FieldByName("total").AsInteger(), 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -448,8 +448,9 @@ TEST_P(StreamingQueryTest, AFailurePastTheFirstRowsIsRaisedWhereItIsReached)
         SCOPED_TRACE(otherStatementFirst ? "another statement ran meanwhile" : "read straight through");
         TQuery query;
         open(query, failing);
-        if (otherStatementFirst)
+        if (otherStatementFirst) {
             EXPECT_EQ(count("select count(*) from trades"), 3);
+        }
         int read = 0;
         try {
             for (; !query.Eof(); query.Next())

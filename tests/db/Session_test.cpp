@@ -16,6 +16,7 @@
 #include "qalpack/db/DatabaseError.h"
 #include "qalpack/runtime/StringList.h"
 #include "tests/support/QtPrinters.h"
+#include "tests/support/SourceTree.h"
 
 namespace {
 
@@ -118,7 +119,7 @@ TEST_F(SessionTest, OpeningADirectoryAliasOrAnUnknownAliasRaises)
 TEST(ShippedAliases, TheOmsIniLeadsToTheEmbeddedOrderDatabaseAndTheConfigDirectory)
 {
     const QString config
-        = qEnvironmentVariable("QALPACK_SOURCE_DIR") + "/config";
+        = qal::test::sourcePath(QStringLiteral("config"));
     TSession::Default().LoadAliasesFromOmsIni(config + "/oms.ini");
     EXPECT_EQ(TSession::Default().AliasFile(), config + "/aliases.ini");
     EXPECT_EQ(TSession::Default().GetAliasDriverName("OMSDATA"), "SQLITE");

@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include "qalpack/db/Database.h"
+#include "qalpack/db/DatabaseError.h"
 #include "qalpack/db/Query.h"
 #include "qalpack/db/Session.h"
 #include "qalpack/orderdb/orderDB.h"
@@ -209,6 +210,69 @@ TEST_P(OmsDMTest, FailedOpenGivesNullLeavesNothingCachedAndRetries)
     ASSERT_NE(db, nullptr);
     EXPECT_EQ(db->DatabaseName(), "FLAKYDBDB");
     expectLogin(*db, user(), "");
+}
+
+TEST_P(OmsDMTest, AFailedOpenKeepsTheDriversReasonUntilAnOpenSucceeds)
+{
+    TSession& session = TSession::Default();
+    QTemporaryDir files;
+    const auto file = [&files](const char* name, const QByteArray& bytes) {
+        QFile out(files.filePath(name));
+        EXPECT_TRUE(out.open(QIODevice::WriteOnly));
+        out.write(bytes);
+        return out.fileName();
+    };
+    // A real database file, then a copy cut short inside its first page.
+    session.AddAlias(QStringLiteral("WHOLE"), "SQLITE",
+        { "DATABASE=" + files.filePath("whole.db"), "CREATE=TRUE", "JOURNAL MODE=DELETE" });
+    {
+        TDatabase whole;
+        whole.SetAliasName(QStringLiteral("WHOLE"));
+        whole.SetDatabaseName(QStringLiteral("WHOLEDB"));
+        whole.Execute(QStringLiteral("create table t(x); insert into t values (1)"));
+    }
+    QFile whole(files.filePath("whole.db"));
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    const QByteArray cut = whole.read(1500);
+    const struct
+    {
+        const char* name;
+        const char* driver;
+        QStringList params;
+        const char* cause;
+    } rows[] = {
+        { "MissingFile", "SQLITE", { "DATABASE=" + files.filePath("none.db") }, "unable to open database file" },
+        { "NotADatabase", "SQLITE", { "DATABASE=" + file("junk.db", QByteArray(4096, 'x')) },
+            "file is not a database" },
+        { "TruncatedFile", "SQLITE", { "DATABASE=" + file("cut.db", cut) }, "malformed" },
+        { "UnknownDriver", "ORACLE", { "DATABASE=x" }, "ORACLE" },
+        { "UnknownAliasParameter", "SQLITE", { "DATABASE=x.db", "FLAVOUR=sweet" }, "FLAVOUR" },
+        { "ServerDown", "POSTGRES", { "HOST=127.0.0.1", "PORT=1", "CONNECT TIMEOUT=5" }, "127.0.0.1" },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        session.AddAlias(QStringLiteral("BROKEN"), row.driver, row.params);
+        EXPECT_EQ(TOmsDM::GetInstance()->GetDatabase("broken"), nullptr);
+        const QString why = TOmsDM::GetInstance()->OpenError("Broken");
+        EXPECT_TRUE(why.contains(QString::fromUtf8(row.cause))) << why.toStdString();
+        session.DeleteAlias(QStringLiteral("BROKEN"));
+    }
+    session.AddAlias(QStringLiteral("BROKEN"), session.GetAliasDriverName("TESTDB"), session.AliasParams("TESTDB"));
+    EXPECT_NE(TOmsDM::GetInstance()->GetDatabase("broken"), nullptr);
+    EXPECT_TRUE(TOmsDM::GetInstance()->OpenError("broken").isEmpty());
+}
+
+TEST_P(OmsDMTest, AnOrderDatabaseThatCannotOpenIsAnErrorWithItsCause)
+{
+    TSession::Default().DeleteAlias(QStringLiteral("OMSDATA"));
+    TSession::Default().AddAlias(QStringLiteral("OMSDATA"), "SQLITE", { "DATABASE=/nonexistent/dir/oms.db" });
+    try {
+        (void)qal::RequireOrderDatabase();
+        ADD_FAILURE() << "no error";
+    } catch (const qal::DatabaseError& error) {
+        EXPECT_TRUE(error.message().contains(u"the order database cannot be opened")) << error.what();
+        EXPECT_TRUE(error.message().contains(u"unable to open database file")) << error.what();
+    }
 }
 
 TEST_P(OmsDMTest, OrderDatabaseIsTheCachedOmsdataConnectionReachedByItsDatabaseName)

@@ -26,6 +26,7 @@
 #include "qalpack/orderdb/omsDBTools.h"
 #include "tests/support/DatabaseFixture.h"
 #include "tests/support/QtPrinters.h"
+#include "tests/support/SourceTree.h"
 
 namespace {
 
@@ -37,11 +38,10 @@ using qal::TStoredProc;
 using qal::test::DatabaseTest;
 using qal::test::Driver;
 
-// The shipped configuration directory of the source tree (the shared test
-// main sets QALPACK_SOURCE_DIR; __FILE__ may be relative under ccache).
+// The shipped configuration directory, found from this source file.
 QString configDir()
 {
-    return qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config");
+    return qal::test::sourcePath(QStringLiteral("config"));
 }
 
 class OrderSchemaTest : public DatabaseTest

@@ -13,6 +13,7 @@
 
 #include "qalpack/omslib/omsIniFile.h"
 #include "qalpack/omslib/omsLog.h"
+#include "tests/support/SourceTree.h"
 
 namespace qal {
 namespace {
@@ -111,7 +112,7 @@ TEST_F(ApplicationProfileTest, LoginModeFollowsTheFirstCharacterOfConnectionMode
 
 TEST_F(ApplicationProfileTest, ShippedConfigurationOpensTheDaysLogNextToTheIniFile)
 {
-    const QString shipped = qEnvironmentVariable("QALPACK_SOURCE_DIR") + QStringLiteral("/config/oms.ini");
+    const QString shipped = qal::test::sourcePath(QStringLiteral("config/oms.ini"));
     ASSERT_TRUE(QFile::remove(path(QStringLiteral("oms.ini"))));
     ASSERT_TRUE(QFile::copy(shipped, path(QStringLiteral("oms.ini")))) << shipped.toStdString();
     TQalApplicationProfile::SetDefaultSection(QStringLiteral("QAL"));
