@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "apps/desk/DeskWindow.h"
+
+#include <QHeaderView>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTableView>
+
+#include "apps/desk/OrderTicket.h"
+#include "qalpack/forms/OrderBlotterModel.h"
+#include "qalpack/model/omsData.h"
+#include "qalpack/profile/UserProfile.h"
+
+namespace qal::desk {
+
+DeskWindow::DeskWindow(TUserProfile& profile, InstrumentBook& book, QWidget* parent)
+    : QMainWindow(parent)
+{
+    setObjectName(QStringLiteral("DeskWindow"));
+    setWindowTitle(tr("Order Desk - %1 %2").arg(profile.UserId(), profile.FullName()));
+
+    auto* splitter = new QSplitter(Qt::Vertical, this);
+    ticket_ = new OrderTicket(profile, book, splitter);
+    blotter_ = new TOrderBlotterModel(this);
+    blotter_->LoadOrders();
+    view_ = new QTableView(splitter);
+    view_->setObjectName(QStringLiteral("tblBlotter"));
+    view_->setModel(blotter_);
+    view_->setSelectionBehavior(QAbstractItemView::SelectRows);
+    view_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    view_->verticalHeader()->hide();
+    view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 6);
+    view_->horizontalHeader()->setStretchLastSection(true);
+    view_->resizeColumnsToContents();
+    splitter->addWidget(ticket_);
+    splitter->addWidget(view_);
+    splitter->setStretchFactor(1, 1);
+    setCentralWidget(splitter);
+
+    // A saved order becomes the blotter's last row, shown and selected.
+    ticket_->setSentHandler([this](std::unique_ptr<TomsOrder> order) {
+        const int row = blotter_->AddOrder(std::move(order));
+        view_->scrollToBottom();
+        view_->selectRow(row);
+    });
+    statusBar()->showMessage(tr("Logged on as %1 (%2 orders today)").arg(profile.UserId()).arg(blotter_->rowCount()));
+    resize(1100, 720);
+}
+
+DeskWindow::~DeskWindow() = default;
+
+} // namespace qal::desk
