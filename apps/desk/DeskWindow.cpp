@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/desk/DeskWindow.h"
 
+#include <QCoreApplication>
 #include <QHeaderView>
 #include <QSplitter>
 #include <QStatusBar>
@@ -11,13 +12,14 @@
 #include "qalpack/model/omsData.h"
 #include "qalpack/profile/UserProfile.h"
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 DeskWindow::DeskWindow(TUserProfile& profile, InstrumentBook& book, QWidget* parent)
     : QMainWindow(parent)
 {
     setObjectName(QStringLiteral("DeskWindow"));
-    setWindowTitle(tr("Order Desk - %1 %2").arg(profile.UserId(), profile.FullName()));
+    setWindowTitle(QCoreApplication::translate("DeskWindow", "Order Desk - %1 %2").arg(profile.UserId(), profile.FullName()));
 
     auto* splitter = new QSplitter(Qt::Vertical, this);
     ticket_ = new OrderTicket(profile, book, splitter);
@@ -43,10 +45,11 @@ DeskWindow::DeskWindow(TUserProfile& profile, InstrumentBook& book, QWidget* par
         view_->scrollToBottom();
         view_->selectRow(row);
     });
-    statusBar()->showMessage(tr("Logged on as %1 (%2 orders today)").arg(profile.UserId()).arg(blotter_->rowCount()));
+    statusBar()->showMessage(QCoreApplication::translate("DeskWindow", "Logged on as %1 (%2 orders today)").arg(profile.UserId()).arg(blotter_->rowCount()));
     resize(1100, 720);
 }
 
 DeskWindow::~DeskWindow() = default;
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

@@ -16,7 +16,8 @@ class TOrderBlotterModel;
 class TUserProfile;
 } // namespace qal
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 class OrderTicket;
 
@@ -41,4 +42,5 @@ private:
     QTableView* view_ = nullptr;
 };
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

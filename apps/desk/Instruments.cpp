@@ -7,7 +7,8 @@
 
 #include "qalpack/runtime/IniFile.h"
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 InstrumentBook::InstrumentBook(const QString& iniPath, const QString& spreadDir)
     : spreadDir_(spreadDir)
@@ -78,4 +79,5 @@ TSpreadTable* InstrumentBook::Ladder(const Instrument& instrument)
     return &found->second;
 }
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

@@ -12,7 +12,8 @@
 
 #include "qalpack/market/SpreadTable.h"
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 struct Instrument
 {
@@ -52,4 +53,5 @@ private:
     std::map<QString, TSpreadTable> ladders_;
 };
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

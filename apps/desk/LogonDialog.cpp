@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/desk/LogonDialog.h"
 
+#include <QCoreApplication>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QListWidget>
@@ -11,7 +12,8 @@
 #include "qalpack/db/Query.h"
 #include "qalpack/orderdb/orderDB.h"
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 QVector<DeskUser> LoadDeskUsers()
 {
@@ -32,9 +34,9 @@ LogonDialog::LogonDialog(const QVector<DeskUser>& users, QWidget* parent)
     : QDialog(parent)
 {
     setObjectName(QStringLiteral("LogonDialog"));
-    setWindowTitle(tr("Log On"));
+    setWindowTitle(QCoreApplication::translate("LogonDialog", "Log On"));
     auto* layout = new QVBoxLayout(this);
-    auto* prompt = new QLabel(tr("Choose the dealer to log on as:"), this);
+    auto* prompt = new QLabel(QCoreApplication::translate("LogonDialog", "Choose the dealer to log on as:"), this);
     layout->addWidget(prompt);
     list_ = new QListWidget(this);
     list_->setObjectName(QStringLiteral("lstUsers"));
@@ -46,10 +48,10 @@ LogonDialog::LogonDialog(const QVector<DeskUser>& users, QWidget* parent)
         list_->setCurrentRow(0);
     layout->addWidget(list_);
     auto* buttons = new QDialogButtonBox(this);
-    logon_ = buttons->addButton(tr("Log On"), QDialogButtonBox::AcceptRole);
+    logon_ = buttons->addButton(QCoreApplication::translate("LogonDialog", "Log On"), QDialogButtonBox::AcceptRole);
     logon_->setObjectName(QStringLiteral("btnLogon"));
     logon_->setDefault(true);
-    QPushButton* cancel = buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole);
+    QPushButton* cancel = buttons->addButton(QCoreApplication::translate("LogonDialog", "Cancel"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("btnCancel"));
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
@@ -79,4 +81,5 @@ TCustomLogin DialogLogin(QWidget* parent, const QString& userId)
     };
 }
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

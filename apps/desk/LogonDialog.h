@@ -13,7 +13,8 @@
 class QListWidget;
 class QPushButton;
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 struct DeskUser
 {
@@ -49,4 +50,5 @@ private:
 // screenshots).
 [[nodiscard]] TCustomLogin DialogLogin(QWidget* parent = nullptr, const QString& userId = QString());
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include <QCoreApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGridLayout>
@@ -28,7 +29,8 @@
 #include "qalpack/profile/UserProfile.h"
 #include "qalpack/runtime/Format.h"
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 namespace {
 
@@ -44,15 +46,15 @@ struct InstructionCaption
 };
 
 constexpr InstructionCaption kInstructionCaptions[] = {
-    { "WManual", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Manual") },
-    { "WOddlot", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Odd lot") },
-    { "WShort_Sell", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Short sell") },
-    { "WFOK", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Fill or kill") },
-    { "WFAK", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Fill and kill") },
-    { "WAO", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "At-auction") },
-    { "WEnhancedOrder", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Enhanced limit") },
-    { "WGoodtillWeek", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Good till week") },
-    { "WMarketorder", QT_TRANSLATE_NOOP("qal::desk::OrderTicket", "Market order") },
+    { "WManual", QT_TRANSLATE_NOOP("OrderTicket", "Manual") },
+    { "WOddlot", QT_TRANSLATE_NOOP("OrderTicket", "Odd lot") },
+    { "WShort_Sell", QT_TRANSLATE_NOOP("OrderTicket", "Short sell") },
+    { "WFOK", QT_TRANSLATE_NOOP("OrderTicket", "Fill or kill") },
+    { "WFAK", QT_TRANSLATE_NOOP("OrderTicket", "Fill and kill") },
+    { "WAO", QT_TRANSLATE_NOOP("OrderTicket", "At-auction") },
+    { "WEnhancedOrder", QT_TRANSLATE_NOOP("OrderTicket", "Enhanced limit") },
+    { "WGoodtillWeek", QT_TRANSLATE_NOOP("OrderTicket", "Good till week") },
+    { "WMarketorder", QT_TRANSLATE_NOOP("OrderTicket", "Market order") },
 };
 
 const char* captionOf(const QByteArray& property)
@@ -101,9 +103,9 @@ OrderTicket::OrderTicket(TUserProfile& profile, InstrumentBook& book, QWidget* p
     exchange_->setObjectName(QStringLiteral("cbxExchange"));
     for (const QString& code : profile_.GetExchageTradeList()) {
         if (code == QLatin1String("SEHK"))
-            exchange_->addItem(tr("SEHK stocks"), code);
+            exchange_->addItem(QCoreApplication::translate("OrderTicket", "SEHK stocks"), code);
         else if (code == QLatin1String("HKFE"))
-            exchange_->addItem(tr("HKFE futures"), code);
+            exchange_->addItem(QCoreApplication::translate("OrderTicket", "HKFE futures"), code);
     }
     symbol_ = new TSymbolEntryEdit(this);
     symbol_->setObjectName(QStringLiteral("edtSymbol"));
@@ -120,21 +122,21 @@ OrderTicket::OrderTicket(TUserProfile& profile, InstrumentBook& book, QWidget* p
     instrumentLabel_ = label(QString());
     instrumentLabel_->setObjectName(QStringLiteral("lblInstrument"));
 
-    grid->addWidget(label(tr("Account")), 0, 0);
+    grid->addWidget(label(QCoreApplication::translate("OrderTicket", "Account")), 0, 0);
     grid->addWidget(account_, 0, 1);
-    grid->addWidget(label(tr("Market")), 0, 2);
+    grid->addWidget(label(QCoreApplication::translate("OrderTicket", "Market")), 0, 2);
     grid->addWidget(exchange_, 0, 3);
-    grid->addWidget(label(tr("Symbol")), 1, 0);
+    grid->addWidget(label(QCoreApplication::translate("OrderTicket", "Symbol")), 1, 0);
     grid->addWidget(symbol_, 1, 1);
     grid->addWidget(instrumentLabel_, 1, 2, 1, 2);
-    grid->addWidget(label(tr("Price")), 2, 0);
+    grid->addWidget(label(QCoreApplication::translate("OrderTicket", "Price")), 2, 0);
     grid->addWidget(price_, 2, 1);
-    grid->addWidget(label(tr("Quantity")), 2, 2);
+    grid->addWidget(label(QCoreApplication::translate("OrderTicket", "Quantity")), 2, 2);
     grid->addWidget(quantity_, 2, 3);
-    openCloseLabel_ = label(tr("Open/Close"));
+    openCloseLabel_ = label(QCoreApplication::translate("OrderTicket", "Open/Close"));
     grid->addWidget(openCloseLabel_, 3, 0);
     grid->addWidget(openClose_, 3, 1);
-    principalLabel_ = label(tr("Principal"));
+    principalLabel_ = label(QCoreApplication::translate("OrderTicket", "Principal"));
     grid->addWidget(principalLabel_, 3, 2);
     grid->addWidget(principal_, 3, 3);
 
@@ -144,9 +146,9 @@ OrderTicket::OrderTicket(TUserProfile& profile, InstrumentBook& book, QWidget* p
     instructionBox_->layout()->setContentsMargins(0, 0, 0, 0);
     grid->addWidget(instructionBox_, 4, 0, 1, 4);
 
-    buy_ = new QPushButton(tr("Buy"), this);
+    buy_ = new QPushButton(QCoreApplication::translate("OrderTicket", "Buy"), this);
     buy_->setObjectName(QStringLiteral("btnBuy"));
-    sell_ = new QPushButton(tr("Sell"), this);
+    sell_ = new QPushButton(QCoreApplication::translate("OrderTicket", "Sell"), this);
     sell_->setObjectName(QStringLiteral("btnSell"));
     // Buys in the scheme's buy colour family, sells in the sell one, as the
     // blotter rows.
@@ -223,7 +225,7 @@ void OrderTicket::symbolChanged(const QString& symbol)
         symbol_->setText(instrument_.symbol);
     price_->SetSpread(book_.Ladder(instrument_));
     quantity_->SetLotSize(instrument_.lot);
-    instrumentLabel_->setText(tr("Board lot %1").arg(instrument_.lot));
+    instrumentLabel_->setText(QCoreApplication::translate("OrderTicket", "Board lot %1").arg(instrument_.lot));
 }
 
 // The check boxes follow the market information of an order on the chosen
@@ -245,7 +247,7 @@ void OrderTicket::rebuildInstructions()
         const char* caption = captionOf(name);
         if (!caption || !property.isWritable() || !info->isEntitle(QString::fromLatin1(name), *entitlement))
             continue;
-        auto* box = new QCheckBox(tr(caption), instructionBox_);
+        auto* box = new QCheckBox(QCoreApplication::translate("OrderTicket", caption), instructionBox_);
         box->setObjectName(QStringLiteral("chk") + QString::fromLatin1(name));
         box->setProperty("instruction", name);
         instructionBox_->layout()->addWidget(box);
@@ -327,10 +329,10 @@ bool OrderTicket::send(int side)
         order->Message = QString::fromUtf8(e.what());
     }
     if (order->ErrorCode == TomsOrder::kSaveFailed) {
-        showResult(tr("Order not saved: %1").arg(order->Message), true);
+        showResult(QCoreApplication::translate("OrderTicket", "Order not saved: %1").arg(order->Message), true);
         return false;
     }
-    showResult(tr("Order %1 saved: %2 %3 %4 @ %5")
+    showResult(QCoreApplication::translate("OrderTicket", "Order %1 saved: %2 %3 %4 @ %5")
                    .arg(order->OmsOrder_No, order->GetBuySellText(), QString::number(order->Quantity),
                        order->Symbol, TPriceEntryEdit::FormatPrice(double(order->Price))),
         false);
@@ -351,4 +353,5 @@ void OrderTicket::showResult(const QString& text, bool failed)
     result_->setStyleSheet(failed ? QStringLiteral("color: #b00000;") : QStringLiteral("color: #006000;"));
 }
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

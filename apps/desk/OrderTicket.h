@@ -29,7 +29,8 @@ class TUserProfile;
 class TomsOrder;
 } // namespace qal
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 // Child object names, for tests and hosts' style sheets: "edtAccount",
 // "cbxExchange", "edtSymbol", "edtPrice", "edtQuantity", "cbxOpenClose",
@@ -99,4 +100,5 @@ private:
     QLabel* result_ = nullptr;
 };
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

@@ -20,7 +20,8 @@
 #include "qalpack/profile/DbAccountModel.h"
 #include "qalpack/profile/UserProfile.h"
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 namespace {
 
@@ -96,4 +97,5 @@ int RenderScreenshots(const QString& outDir, const QString& userId, const QLocal
     return ok ? 0 : 1;
 }
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal

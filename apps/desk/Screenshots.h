@@ -8,7 +8,8 @@
 #include <QLocale>
 #include <QString>
 
-namespace qal::desk {
+namespace qal {
+namespace desk {
 
 // Logs on as `userId`, draws desk-logon-<lang>.png, desk-ticket-<lang>.png
 // and desk-blotter-<lang>.png into `outDir` (<lang> is "zh_HK" for Chinese,
@@ -16,4 +17,5 @@ namespace qal::desk {
 // nothing to the order database.
 int RenderScreenshots(const QString& outDir, const QString& userId, const QLocale& locale, const QDir& configDir);
 
-} // namespace qal::desk
+} // namespace desk
+} // namespace qal
