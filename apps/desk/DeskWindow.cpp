@@ -19,7 +19,8 @@ DeskWindow::DeskWindow(TUserProfile& profile, InstrumentBook& book, QWidget* par
     : QMainWindow(parent)
 {
     setObjectName(QStringLiteral("DeskWindow"));
-    setWindowTitle(QCoreApplication::translate("DeskWindow", "Order Desk - %1 %2").arg(profile.UserId(), profile.FullName()));
+    setWindowTitle(QCoreApplication::translate("DeskWindow", "Order Desk - %1 %2")
+                       .arg(profile.UserId(), profile.FullName()));
 
     auto* splitter = new QSplitter(Qt::Vertical, this);
     ticket_ = new OrderTicket(profile, book, splitter);
@@ -45,7 +46,9 @@ DeskWindow::DeskWindow(TUserProfile& profile, InstrumentBook& book, QWidget* par
         view_->scrollToBottom();
         view_->selectRow(row);
     });
-    statusBar()->showMessage(QCoreApplication::translate("DeskWindow", "Logged on as %1 (%2 orders today)").arg(profile.UserId()).arg(blotter_->rowCount()));
+    statusBar()->showMessage(QCoreApplication::translate("DeskWindow", "Logged on as %1 (%2 orders today)")
+                                 .arg(profile.UserId())
+                                 .arg(blotter_->rowCount()));
     resize(1100, 720);
 }
 

@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include "qalpack/runtime/IniFile.h"
+#include "qalpack/runtime/StringList.h"
 
 namespace qal {
 namespace desk {
@@ -59,7 +60,8 @@ Instrument InstrumentBook::Find(const QString& exchange, const QString& symbol) 
     if (found != instruments_.constEnd() && found->exchange == exchange)
         return *found;
     return Instrument { normal, exchange,
-        exchange == QLatin1String("HKFE") ? QStringLiteral("index_futures") : QStringLiteral("securities"), 1 };
+        exchange == QLatin1String("HKFE") ? QStringLiteral("index_futures") : QStringLiteral("securities"),
+        1 };
 }
 
 TSpreadTable* InstrumentBook::Ladder(const Instrument& instrument)

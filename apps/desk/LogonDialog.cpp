@@ -20,7 +20,8 @@ QVector<DeskUser> LoadDeskUsers()
     TDatabase& database = RequireOrderDatabase();
     TQuery query;
     query.SetDatabaseName(database.DatabaseName());
-    query.SQL().Add(QStringLiteral("select User_No, Full_name from User_File where Active = 1 order by User_No"));
+    query.SQL().Add(
+        QStringLiteral("select User_No, Full_name from User_File where Active = 1 order by User_No"));
     query.Open();
     QVector<DeskUser> users;
     for (; !query.Eof(); query.Next())
@@ -36,7 +37,8 @@ LogonDialog::LogonDialog(const QVector<DeskUser>& users, QWidget* parent)
     setObjectName(QStringLiteral("LogonDialog"));
     setWindowTitle(QCoreApplication::translate("LogonDialog", "Log On"));
     auto* layout = new QVBoxLayout(this);
-    auto* prompt = new QLabel(QCoreApplication::translate("LogonDialog", "Choose the dealer to log on as:"), this);
+    auto* prompt
+        = new QLabel(QCoreApplication::translate("LogonDialog", "Choose the dealer to log on as:"), this);
     layout->addWidget(prompt);
     list_ = new QListWidget(this);
     list_->setObjectName(QStringLiteral("lstUsers"));
@@ -48,10 +50,12 @@ LogonDialog::LogonDialog(const QVector<DeskUser>& users, QWidget* parent)
         list_->setCurrentRow(0);
     layout->addWidget(list_);
     auto* buttons = new QDialogButtonBox(this);
-    logon_ = buttons->addButton(QCoreApplication::translate("LogonDialog", "Log On"), QDialogButtonBox::AcceptRole);
+    logon_ = buttons->addButton(
+        QCoreApplication::translate("LogonDialog", "Log On"), QDialogButtonBox::AcceptRole);
     logon_->setObjectName(QStringLiteral("btnLogon"));
     logon_->setDefault(true);
-    QPushButton* cancel = buttons->addButton(QCoreApplication::translate("LogonDialog", "Cancel"), QDialogButtonBox::RejectRole);
+    QPushButton* cancel = buttons->addButton(
+        QCoreApplication::translate("LogonDialog", "Cancel"), QDialogButtonBox::RejectRole);
     cancel->setObjectName(QStringLiteral("btnCancel"));
     layout->addWidget(buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

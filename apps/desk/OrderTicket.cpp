@@ -3,9 +3,9 @@
 
 #include <algorithm>
 
-#include <QCoreApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QCoreApplication>
 #include <QGridLayout>
 #include <QHBoxLayout>
 #include <QKeySequence>
@@ -152,8 +152,10 @@ OrderTicket::OrderTicket(TUserProfile& profile, InstrumentBook& book, QWidget* p
     sell_->setObjectName(QStringLiteral("btnSell"));
     // Buys in the scheme's buy colour family, sells in the sell one, as the
     // blotter rows.
-    buy_->setStyleSheet(QStringLiteral("QPushButton { background: #2a62c9; color: white; font-weight: bold; }"));
-    sell_->setStyleSheet(QStringLiteral("QPushButton { background: #c92a2a; color: white; font-weight: bold; }"));
+    buy_->setStyleSheet(
+        QStringLiteral("QPushButton { background: #2a62c9; color: white; font-weight: bold; }"));
+    sell_->setStyleSheet(
+        QStringLiteral("QPushButton { background: #c92a2a; color: white; font-weight: bold; }"));
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(buy_);
     buttons->addWidget(sell_);
@@ -225,7 +227,8 @@ void OrderTicket::symbolChanged(const QString& symbol)
         symbol_->setText(instrument_.symbol);
     price_->SetSpread(book_.Ladder(instrument_));
     quantity_->SetLotSize(instrument_.lot);
-    instrumentLabel_->setText(QCoreApplication::translate("OrderTicket", "Board lot %1").arg(instrument_.lot));
+    instrumentLabel_->setText(
+        QCoreApplication::translate("OrderTicket", "Board lot %1").arg(instrument_.lot));
 }
 
 // The check boxes follow the market information of an order on the chosen
@@ -287,7 +290,8 @@ bool OrderTicket::checkOrder(int side)
     const int limit = warningQuantity();
     if (quantity > limit) {
         const QString text = Format(res_QtyWarningMsg(), { instrument_.symbol, limit });
-        if (alert(this, text, QMessageBox::Question, QMessageBox::Ok | QMessageBox::Cancel) != QMessageBox::Ok)
+        if (alert(this, text, QMessageBox::Question, QMessageBox::Ok | QMessageBox::Cancel)
+            != QMessageBox::Ok)
             return false;
     }
     return true;
@@ -329,7 +333,8 @@ bool OrderTicket::send(int side)
         order->Message = QString::fromUtf8(e.what());
     }
     if (order->ErrorCode == TomsOrder::kSaveFailed) {
-        showResult(QCoreApplication::translate("OrderTicket", "Order not saved: %1").arg(order->Message), true);
+        showResult(
+            QCoreApplication::translate("OrderTicket", "Order not saved: %1").arg(order->Message), true);
         return false;
     }
     showResult(QCoreApplication::translate("OrderTicket", "Order %1 saved: %2 %3 %4 @ %5")

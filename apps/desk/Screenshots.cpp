@@ -41,9 +41,11 @@ bool save(const QPixmap& picture, const QString& path)
 
 } // namespace
 
-int RenderScreenshots(const QString& outDir, const QString& userId, const QLocale& locale, const QDir& configDir)
+int RenderScreenshots(
+    const QString& outDir, const QString& userId, const QLocale& locale, const QDir& configDir)
 {
-    const QString lang = locale.language() == QLocale::Chinese ? QStringLiteral("zh_HK") : QStringLiteral("en");
+    const QString lang
+        = locale.language() == QLocale::Chinese ? QStringLiteral("zh_HK") : QStringLiteral("en");
     QDir().mkpath(outDir);
     const QDir out(outDir);
     bool ok = true;

@@ -15,7 +15,8 @@ namespace desk {
 // and desk-blotter-<lang>.png into `outDir` (<lang> is "zh_HK" for Chinese,
 // "en" otherwise) and returns 0; 1 when a picture cannot be written. Writes
 // nothing to the order database.
-int RenderScreenshots(const QString& outDir, const QString& userId, const QLocale& locale, const QDir& configDir);
+int RenderScreenshots(
+    const QString& outDir, const QString& userId, const QLocale& locale, const QDir& configDir);
 
 } // namespace desk
 } // namespace qal

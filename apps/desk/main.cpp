@@ -55,13 +55,14 @@ int main(int argc, char** argv)
     parser.setApplicationDescription(QStringLiteral("A dealer's order desk on qalpack."));
     parser.addHelpOption();
     const QCommandLineOption lang(QStringLiteral("lang"),
-        QStringLiteral("Language of the screens (zh_HK, en); default: the system's."), QStringLiteral("locale"));
+        QStringLiteral("Language of the screens (zh_HK, en); default: the system's."),
+        QStringLiteral("locale"));
     const QCommandLineOption alias(QStringLiteral("alias"),
         QStringLiteral("Order database: a data-map key of the OMS INI (its DSN_Source names the alias) "
                        "instead of OMSDATA."),
         QStringLiteral("key"));
-    const QCommandLineOption user(
-        QStringLiteral("user"), QStringLiteral("Log on as this user without the dialog."), QStringLiteral("id"));
+    const QCommandLineOption user(QStringLiteral("user"),
+        QStringLiteral("Log on as this user without the dialog."), QStringLiteral("id"));
     const QCommandLineOption screenshots(QStringLiteral("screenshots"),
         QStringLiteral("Draw the log-on dialog, the ticket and the blotter into DIR as PNG and quit."),
         QStringLiteral("dir"));
@@ -79,7 +80,8 @@ int main(int argc, char** argv)
     }
     qputenv("OMS_INI", QFile::encodeName(ini));
     const QDir configDir = QFileInfo(ini).absoluteDir();
-    const QString cpath = qal::TIniFile(ini).ReadString(QStringLiteral("OMS_LOCAL"), QStringLiteral("CPATH"), {});
+    const QString cpath
+        = qal::TIniFile(ini).ReadString(QStringLiteral("OMS_LOCAL"), QStringLiteral("CPATH"), {});
     if (!cpath.isEmpty())
         QDir::setCurrent(configDir.absoluteFilePath(cpath));
     if (parser.isSet(alias))
@@ -87,9 +89,9 @@ int main(int argc, char** argv)
 
     try {
         if (parser.isSet(screenshots))
-            return qal::desk::RenderScreenshots(
-                parser.value(screenshots), parser.value(user).isEmpty() ? QStringLiteral("D001") : parser.value(user),
-                locale, configDir);
+            return qal::desk::RenderScreenshots(parser.value(screenshots),
+                parser.value(user).isEmpty() ? QStringLiteral("D001") : parser.value(user), locale,
+                configDir);
 
         qal::TUserProfile::SetCustomLogin(qal::desk::DialogLogin(nullptr, parser.value(user)));
         qal::TUserProfile* profile = qal::TUserProfile::GetInstance();

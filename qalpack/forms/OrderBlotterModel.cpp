@@ -125,29 +125,43 @@ int TOrderBlotterModel::columnCount(const QModelIndex& parent) const
 QString TOrderBlotterModel::CellText(const TomsOrder& o, int column)
 {
     switch (column) {
-    case ColOrderNo: return o.OmsOrder_No;
-    case ColAccount: return o.Account;
-    case ColSide: return o.GetBuySellText();
-    case ColSymbol: return o.Symbol;
-    case ColQty: return QString::number(o.Quantity);
-    case ColPrice: return FixedText(double(o.Price), 3);
-    case ColStatus: return o.statusMessage();
-    case ColFilled: return QString::number(o.Fill_Qty);
-    case ColRemaining: return QString::number(o.GetRemainingQty());
-    case ColQueued: return QString::number(o.CalculateQueuQty());
-    case ColExch: return o.Exch;
-    case ColCreated: return o.Order_Time501;
-    case ColRemark: return o.GetRemark();
-    default: return QString();
+    case ColOrderNo:
+        return o.OmsOrder_No;
+    case ColAccount:
+        return o.Account;
+    case ColSide:
+        return o.GetBuySellText();
+    case ColSymbol:
+        return o.Symbol;
+    case ColQty:
+        return QString::number(o.Quantity);
+    case ColPrice:
+        return FixedText(double(o.Price), 3);
+    case ColStatus:
+        return o.statusMessage();
+    case ColFilled:
+        return QString::number(o.Fill_Qty);
+    case ColRemaining:
+        return QString::number(o.GetRemainingQty());
+    case ColQueued:
+        return QString::number(o.CalculateQueuQty());
+    case ColExch:
+        return o.Exch;
+    case ColCreated:
+        return o.Order_Time501;
+    case ColRemark:
+        return o.GetRemark();
+    default:
+        return QString();
     }
 }
 
 QString TOrderBlotterModel::ColumnCaption(int column)
 {
-    static constexpr const Label* captions[ColumnCount] = { &resBlotterOrderNo, &resBlotterAccount,
-        &resBlotterSide, &resBlotterSymbol, &resBlotterQty, &resBlotterPrice, &resBlotterStatus,
-        &resBlotterFilled, &resBlotterRemaining, &resBlotterQueued, &resBlotterExch, &resBlotterCreated,
-        &resBlotterRemark };
+    static constexpr const Label* captions[ColumnCount]
+        = { &resBlotterOrderNo, &resBlotterAccount, &resBlotterSide, &resBlotterSymbol, &resBlotterQty,
+              &resBlotterPrice, &resBlotterStatus, &resBlotterFilled, &resBlotterRemaining, &resBlotterQueued,
+              &resBlotterExch, &resBlotterCreated, &resBlotterRemark };
     return column >= 0 && column < ColumnCount ? (*captions[column])() : QString();
 }
 
@@ -161,8 +175,10 @@ QVariant TOrderBlotterModel::data(const QModelIndex& index, int role) const
         return CellText(*o, index.column());
     case Qt::TextAlignmentRole: {
         const int c = index.column();
-        const bool number = c == ColQty || c == ColPrice || c == ColFilled || c == ColRemaining || c == ColQueued;
-        return QVariant::fromValue(Qt::Alignment(Qt::AlignVCenter | (number ? Qt::AlignRight : Qt::AlignLeft)));
+        const bool number
+            = c == ColQty || c == ColPrice || c == ColFilled || c == ColRemaining || c == ColQueued;
+        return QVariant::fromValue(
+            Qt::Alignment(Qt::AlignVCenter | (number ? Qt::AlignRight : Qt::AlignLeft)));
     }
     case Qt::BackgroundRole: {
         const QColor& colour = o->Side == 0 ? buyColor_ : (o->Side == 1 ? sellColor_ : QColor());

@@ -22,20 +22,29 @@ class TexchOrder;
 class TomsOrder;
 
 // Column captions, context "OrderBlotterModel".
-inline constexpr Label resBlotterOrderNo { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Order No") };
-inline constexpr Label resBlotterAccount { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Account") };
+inline constexpr Label resBlotterOrderNo { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Order No") };
+inline constexpr Label resBlotterAccount { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Account") };
 inline constexpr Label resBlotterSide { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Side") };
-inline constexpr Label resBlotterSymbol { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Symbol") };
+inline constexpr Label resBlotterSymbol { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Symbol") };
 inline constexpr Label resBlotterQty { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Qty") };
-inline constexpr Label resBlotterPrice { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Price") };
-inline constexpr Label resBlotterStatus { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Status") };
-inline constexpr Label resBlotterFilled { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Filled") };
+inline constexpr Label resBlotterPrice { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Price") };
+inline constexpr Label resBlotterStatus { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Status") };
+inline constexpr Label resBlotterFilled { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Filled") };
 inline constexpr Label resBlotterRemaining { "OrderBlotterModel",
     QT_TRANSLATE_NOOP("OrderBlotterModel", "Remaining") };
-inline constexpr Label resBlotterQueued { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Queued") };
+inline constexpr Label resBlotterQueued { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Queued") };
 inline constexpr Label resBlotterExch { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Exch") };
-inline constexpr Label resBlotterCreated { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Created") };
-inline constexpr Label resBlotterRemark { "OrderBlotterModel", QT_TRANSLATE_NOOP("OrderBlotterModel", "Remark") };
+inline constexpr Label resBlotterCreated { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Created") };
+inline constexpr Label resBlotterRemark { "OrderBlotterModel",
+    QT_TRANSLATE_NOOP("OrderBlotterModel", "Remark") };
 
 // Colour-scheme items of the blotter rows: buys and sells.
 inline constexpr char coBuyRow[] = "coBuyRow";

@@ -42,7 +42,8 @@ protected:
         }
         qputenv("OMS_INI", QFile::encodeName(QDir(dir_->path()).filePath(QStringLiteral("oms.ini"))));
         QProcess qal;
-        qal.start(QStringLiteral(QAL_TOOL_PATH), { QStringLiteral("db"), QStringLiteral("init"), QStringLiteral("--sample") });
+        qal.start(QStringLiteral(QAL_TOOL_PATH),
+            { QStringLiteral("db"), QStringLiteral("init"), QStringLiteral("--sample") });
         qal.waitForFinished(120000);
         initOutput_ = qal.readAllStandardError();
         initCode_ = qal.exitCode();

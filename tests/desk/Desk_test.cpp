@@ -97,10 +97,11 @@ TEST_F(DeskFlow, LogOnFillTheTicketSendAndSeeTheNewRowOnTheBlotter)
     TUserProfile* profile = logOnThroughDialog(QStringLiteral("D001"));
     ASSERT_NE(profile, nullptr);
     ASSERT_EQ(profile->UserId(), QStringLiteral("D001"));
-    const QString shortcut
-        = scalar(QStringLiteral("select ShortCut from Account_ShortCut where User_No = 'D001' order by ShortCut"));
-    const QString account = scalar(QStringLiteral(
-        "select Account from Account_ShortCut where User_No = 'D001' and ShortCut = '%1'").arg(shortcut));
+    const QString shortcut = scalar(
+        QStringLiteral("select ShortCut from Account_ShortCut where User_No = 'D001' order by ShortCut"));
+    const QString account = scalar(
+        QStringLiteral("select Account from Account_ShortCut where User_No = 'D001' and ShortCut = '%1'")
+            .arg(shortcut));
     ASSERT_FALSE(shortcut.isEmpty());
     desk::InstrumentBook instruments = book();
     DeskWindow window(*profile, instruments);
@@ -117,7 +118,9 @@ TEST_F(DeskFlow, LogOnFillTheTicketSendAndSeeTheNewRowOnTheBlotter)
     EXPECT_EQ(child<TSymbolEntryEdit>(window, "edtSymbol")->getSymbolText(), QStringLiteral("0005.HK"));
     EXPECT_EQ(child<TPriceEntryEdit>(window, "edtPrice")->text(), QStringLiteral("98.45"));
     EXPECT_EQ(child<TQuantityEdit>(window, "edtQuantity")->GetValue(), 4000);
-    QTest::mouseClick(child<QCheckBox>(window, "chkWFOK"), Qt::LeftButton);
+    auto* fok = child<QCheckBox>(window, "chkWFOK");
+    QTest::mouseClick(fok, Qt::LeftButton);
+    EXPECT_TRUE(fok->isChecked());
     QTest::mouseClick(child<QPushButton>(window, "btnBuy"), Qt::LeftButton);
 
     // THEN the order is saved and is the blotter's new last row
@@ -148,10 +151,10 @@ TEST_F(DeskFlow, ARefusedSaveShowsItsFailureAndLosesNothing)
     QApplication::setActiveWindow(&window);
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     const int before = window.blotter()->rowCount();
-    const QString account
-        = scalar(QStringLiteral("select Account from Account_ShortCut where User_No = 'D001' order by ShortCut"));
-    const QString shortcut
-        = scalar(QStringLiteral("select ShortCut from Account_ShortCut where User_No = 'D001' order by ShortCut"));
+    const QString account = scalar(
+        QStringLiteral("select Account from Account_ShortCut where User_No = 'D001' order by ShortCut"));
+    const QString shortcut = scalar(
+        QStringLiteral("select ShortCut from Account_ShortCut where User_No = 'D001' order by ShortCut"));
     fillTicket(window, shortcut);
 
     // GIVEN an order database that refuses every new order
@@ -190,13 +193,15 @@ TEST_F(DeskFlow, TheTicketChecksTheOrderAsAHostDoes)
         QString alert; // empty: none
         bool saved;
     };
-    const QString warning = QStringLiteral("Order size for [0005.HK ] is more than 40000, Press OK to confirm.");
+    const QString warning
+        = QStringLiteral("Order size for [0005.HK ] is more than 40000, Press OK to confirm.");
     const Case cases[] = {
         { "no account", QString(), 400, QMessageBox::Ok, QStringLiteral("Account Invalid"), false },
         { "unknown account", QStringLiteral("ZZ999"), 400, QMessageBox::Ok, QStringLiteral("Account Invalid"),
             false },
         { "zero quantity", account, 0, QMessageBox::Ok, QStringLiteral("The Quantity is Invalid."), false },
-        { "not whole lots", account, 450, QMessageBox::Ok, QStringLiteral("The Quantity is Invalid."), false },
+        { "not whole lots", account, 450, QMessageBox::Ok, QStringLiteral("The Quantity is Invalid."),
+            false },
         { "whole lots", account, 800, QMessageBox::Ok, QString(), true },
         { "at the warning size", account, 40000, QMessageBox::Ok, QString(), true },
         { "above it, cancelled", account, 40400, QMessageBox::Cancel, warning, false },

@@ -75,7 +75,8 @@ TEST(Translations, EveryTextIsTranslatedAndKeepsItsPlaceholders)
         EXPECT_EQ(placeholders(message.translation), placeholders(key.second));
         // A message line keeps its line break, so the lines of an order
         // confirmation stay apart.
-        EXPECT_EQ(message.translation.endsWith(QStringLiteral("\r\n")), key.second.endsWith(QStringLiteral("\r\n")));
+        EXPECT_EQ(message.translation.endsWith(QStringLiteral("\r\n")),
+            key.second.endsWith(QStringLiteral("\r\n")));
     }
 }
 
@@ -95,11 +96,11 @@ TEST(Translations, CoverEveryTextLupdateFindsInTheCode)
     const auto inCode = readTs(extracted);
     ASSERT_GT(inCode.size(), 150u);
     for (const auto& [key, message] : inCode)
-        EXPECT_TRUE(shipped.count(key)) << "not translated: " << key.first.toStdString() << " / "
-                                        << key.second.toStdString();
+        EXPECT_TRUE(shipped.count(key))
+            << "not translated: " << key.first.toStdString() << " / " << key.second.toStdString();
     for (const auto& [key, message] : shipped)
-        EXPECT_TRUE(inCode.count(key)) << "no longer in the code: " << key.first.toStdString() << " / "
-                                       << key.second.toStdString();
+        EXPECT_TRUE(inCode.count(key))
+            << "no longer in the code: " << key.first.toStdString() << " / " << key.second.toStdString();
 }
 
 TEST(Translations, LoadTranslationsSwitchesEveryLabelAndBack)
@@ -111,10 +112,11 @@ TEST(Translations, LoadTranslationsSwitchesEveryLabelAndBack)
         bool translated;
     };
     const Case cases[] = {
-        { "Hong Kong", QLocale(QLocale::Chinese, QLocale::TraditionalChineseScript, QLocale::HongKong), true },
-        { "zh_HK by name", QLocale(QStringLiteral("zh_HK")), true },
-        { "Taiwan reads Hong Kong's", QLocale(QLocale::Chinese, QLocale::TraditionalChineseScript, QLocale::Taiwan),
+        { "Hong Kong", QLocale(QLocale::Chinese, QLocale::TraditionalChineseScript, QLocale::HongKong),
             true },
+        { "zh_HK by name", QLocale(QStringLiteral("zh_HK")), true },
+        { "Taiwan reads Hong Kong's",
+            QLocale(QLocale::Chinese, QLocale::TraditionalChineseScript, QLocale::Taiwan), true },
         { "English", QLocale(QLocale::English, QLocale::UnitedKingdom), false },
         { "C", QLocale::c(), false },
         { "a language without one", QLocale(QLocale::German, QLocale::Germany), false },
@@ -126,7 +128,8 @@ TEST(Translations, LoadTranslationsSwitchesEveryLabelAndBack)
             EXPECT_EQ(resLabelOrderTypeBuy(), QStringLiteral("買入"));
             EXPECT_EQ(res_invalidQty(), QStringLiteral("數量無效。"));
             EXPECT_EQ(resStrSystemAlert(), QStringLiteral("系統警示"));
-            EXPECT_EQ(TOrderBlotterModel::ColumnCaption(TOrderBlotterModel::ColStatus), QStringLiteral("狀態"));
+            EXPECT_EQ(
+                TOrderBlotterModel::ColumnCaption(TOrderBlotterModel::ColStatus), QStringLiteral("狀態"));
         } else {
             EXPECT_EQ(resLabelOrderTypeBuy(), QStringLiteral("BUY"));
             EXPECT_EQ(resStrSystemAlert(), QStringLiteral("System Alert"));

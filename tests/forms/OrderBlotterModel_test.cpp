@@ -54,7 +54,7 @@ TEST(OrderBlotterModel, CellsAreWhatTheBlotterCommandPrints)
         { TOrderBlotterModel::ColStatus, "Pend" },
         { TOrderBlotterModel::ColFilled, "0" },
         { TOrderBlotterModel::ColRemaining, "4000" },
-        { TOrderBlotterModel::ColQueued, "4000" },
+        { TOrderBlotterModel::ColQueued, "0" }, // a client order queues through its exchange orders
         { TOrderBlotterModel::ColExch, "SEHK" },
         { TOrderBlotterModel::ColCreated, "09:31:05" },
         { TOrderBlotterModel::ColRemark, "FOK;" },
@@ -127,7 +127,8 @@ TEST(OrderBlotterModel, RowsHaveNoSchemeColourWithNobodyLoggedOn)
     TOrderBlotterModel model;
     model.Load(loaderOf(2));
     EXPECT_FALSE(model.data(model.index(0, 0), Qt::BackgroundRole).isValid());
-    EXPECT_EQ(model.data(model.index(0, TOrderBlotterModel::ColQty), Qt::TextAlignmentRole).value<Qt::Alignment>()
+    EXPECT_EQ(
+        model.data(model.index(0, TOrderBlotterModel::ColQty), Qt::TextAlignmentRole).value<Qt::Alignment>()
             & Qt::AlignRight,
         Qt::AlignRight);
 }
