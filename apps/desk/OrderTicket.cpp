@@ -236,8 +236,11 @@ void OrderTicket::symbolChanged(const QString& symbol)
 // entitled to, found by name through its meta-object.
 void OrderTicket::rebuildInstructions()
 {
-    for (QCheckBox* box : instructions_)
-        delete box;
+    // The boxes sit at the left, each as wide as its caption.
+    while (QLayoutItem* item = instructionBox_->layout()->takeAt(0)) {
+        delete item->widget();
+        delete item;
+    }
     instructions_.clear();
     TomsOrder probe;
     probe.Exch = exchange();
@@ -256,6 +259,7 @@ void OrderTicket::rebuildInstructions()
         instructionBox_->layout()->addWidget(box);
         instructions_.push_back(box);
     }
+    static_cast<QHBoxLayout*>(instructionBox_->layout())->addStretch();
     const bool futures = exchange() == QLatin1String("HKFE");
     openClose_->setEnabled(futures && info->isEntitle(QStringLiteral("WOpen_Close"), *entitlement));
     principal_->setEnabled(futures && info->isEntitle(QStringLiteral("WPrincipal_Type"), *entitlement));
