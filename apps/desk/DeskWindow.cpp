@@ -2,6 +2,7 @@
 #include "apps/desk/DeskWindow.h"
 
 #include <QCoreApplication>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QSplitter>
 #include <QStatusBar>
@@ -23,7 +24,13 @@ DeskWindow::DeskWindow(TUserProfile& profile, InstrumentBook& book, QWidget* par
                        .arg(profile.UserId(), profile.FullName()));
 
     auto* splitter = new QSplitter(Qt::Vertical, this);
-    ticket_ = new OrderTicket(profile, book, splitter);
+    // The ticket keeps a form's width at the left; the blotter takes the rest.
+    auto* top = new QWidget(splitter);
+    auto* row = new QHBoxLayout(top);
+    ticket_ = new OrderTicket(profile, book, top);
+    ticket_->setMaximumWidth(640);
+    row->addWidget(ticket_);
+    row->addStretch();
     blotter_ = new TOrderBlotterModel(this);
     blotter_->LoadOrders();
     view_ = new QTableView(splitter);
@@ -35,7 +42,7 @@ DeskWindow::DeskWindow(TUserProfile& profile, InstrumentBook& book, QWidget* par
     view_->verticalHeader()->setDefaultSectionSize(view_->fontMetrics().height() + 6);
     view_->horizontalHeader()->setStretchLastSection(true);
     view_->resizeColumnsToContents();
-    splitter->addWidget(ticket_);
+    splitter->addWidget(top);
     splitter->addWidget(view_);
     splitter->setStretchFactor(1, 1);
     setCentralWidget(splitter);
