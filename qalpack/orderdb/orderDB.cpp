@@ -676,7 +676,9 @@ void setSaveParameters(TStoredProc& proc, const TomsOrder& order)
     integer(u"@m_quantity", order.Quantity);
     number(u"@m_limit_price", order.Price);
     text(u"@m_user_no", order.User);
-    text(u"@m_status", order.statusMessage().left(4));
+    // The untranslated status text: a desk running in Chinese stores what
+    // every desk's loader decodes (RawStatus), never its own screen text.
+    text(u"@m_status", order.RawStatus(order.Status).left(4));
     text(u"@m_operatorflag", order.OperatorFlag.left(1));
     if (order.Fill_Qty > 0)
         integer(u"@m_filled", order.Fill_Qty);

@@ -182,7 +182,8 @@ QALPACK_EXPORT void orderLoadManuTrades(const TTradeReceiver& receiver, const TT
 // of orderDatabase(), its parameters declared by STORPROC.INI.
 //
 // Sent: account, symbol, side, quantity, limit price, user, the first four
-// characters of statusMessage() and the first character of OperatorFlag,
+// characters of the untranslated status text (RawStatus of Status, which is
+// statusMessage() without a translator installed) and the first character of OperatorFlag,
 // OpenClose, and Working, NetProceed and CreditChange as floats, always; the
 // filled quantity when above 0; the order number, reference, exchange,
 // original order number, basket, wave and system reference when not empty;
