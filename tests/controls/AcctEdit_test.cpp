@@ -95,10 +95,11 @@ TEST_P(AcctEditTest, LeavingTheBoxTurnsTheTextIntoAnAccountOrRefusesIt)
 
         EXPECT_EQ(form.box->text(), row.shown);
         EXPECT_EQ(form.box->hasFocus(), row.refused) << "a refused account keeps the focus";
-        if (row.refused)
+        if (row.refused) {
             EXPECT_EQ(finished.count(), 0) << "the host's exit handling is skipped";
-        else if (*row.typed != '\0')
+        } else if (*row.typed != '\0') {
             EXPECT_EQ(finished.count(), 1);
+        }
         ASSERT_EQ(alerts.size(), row.refused ? 1u : 0u);
         if (row.refused) {
             EXPECT_EQ(alerts[0].text, "Account Invalid.");

@@ -156,8 +156,9 @@ TEST_P(ExplorerTest, ColumnsFollowTheDesksClientIdAndHouseSettings)
         ASSERT_GE(c001, 0);
         EXPECT_EQ(grid->index(c001, int(row.columns.size()) - 2).data().toString(), "2444 0001")
             << "the fax column shows the fax whatever its title";
-        if (row.key == "field07")
+        if (row.key == "field07") {
             EXPECT_EQ(grid->index(c001, 3).data().toString(), "CL-1") << "from the custom information";
+        }
     }
 }
 

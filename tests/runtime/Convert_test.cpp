@@ -118,8 +118,9 @@ TEST(Convert, LongNumberTextsReadWhole)
         SCOPED_TRACE(c.name);
         long double value = 0;
         EXPECT_EQ(TryStrToFloat(c.text, value), c.valid);
-        if (c.valid)
+        if (c.valid) {
             EXPECT_EQ(value, c.expected);
+        }
     }
     EXPECT_EQ(StrToIntDef(QString(200, u'0') + QStringLiteral("42")), 42);
 }
