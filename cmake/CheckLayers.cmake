@@ -10,9 +10,12 @@
 #   4      profile       application and user profiles, accounts, entitlements
 #   5      market        price ladders and per-exchange instruction views
 #   6      (entry)       qalpack.h / qalpack.cpp, the plain C exports
-#   7      forms         dialogs and item models a screen shows: the account
-#                        explorer, the blotter model (the widgets library)
-#   8      controls      order-entry widgets; the account box opens the
+#   7      feedback      what a dealer sees and hears besides text: scheme
+#                        colours, beeps, the "System Alert" box (the widgets
+#                        library, as are the two floors above)
+#   8      forms         dialogs and item models a screen shows: the account
+#                        explorer, the blotter model
+#   9      controls      order-entry widgets; the account box opens the
 #                        explorer, so the controls stand on the forms
 set(floor_runtime 0)
 set(floor_omslib 1)
@@ -22,8 +25,9 @@ set(floor_orderdb 3)
 set(floor_profile 4)
 set(floor_market 5)
 set(floor_entry 6)
-set(floor_forms 7)
-set(floor_controls 8)
+set(floor_feedback 7)
+set(floor_forms 8)
+set(floor_controls 9)
 
 file(GLOB_RECURSE files RELATIVE "${SOURCE_DIR}/qalpack" "${SOURCE_DIR}/qalpack/*.h" "${SOURCE_DIR}/qalpack/*.cpp")
 set(violations "")

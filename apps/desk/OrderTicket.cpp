@@ -20,7 +20,7 @@
 #include "qalpack/controls/PrincipalSelect.h"
 #include "qalpack/controls/QuantityEditView.h"
 #include "qalpack/controls/SymbolEntryEdit.h"
-#include "qalpack/controls/SystemAlert.h"
+#include "qalpack/feedback/SystemAlert.h"
 #include "qalpack/market/MarketInfo.h"
 #include "qalpack/model/ResourceLabel.h"
 #include "qalpack/model/omsData.h"

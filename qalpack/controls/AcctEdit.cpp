@@ -9,8 +9,8 @@
 #include <QValidator>
 
 #include "qalpack/controls/ComponentPalette.h"
-#include "qalpack/controls/EntryFeedback.h"
-#include "qalpack/controls/SystemAlert.h"
+#include "qalpack/feedback/EntryFeedback.h"
+#include "qalpack/feedback/SystemAlert.h"
 #include "qalpack/forms/AcctListView.h"
 #include "qalpack/profile/AccountModel.h"
 #include "qalpack/profile/UserProfile.h"

@@ -6,7 +6,7 @@
 #include <QWheelEvent>
 
 #include "qalpack/controls/ComponentPalette.h"
-#include "qalpack/controls/EntryFeedback.h"
+#include "qalpack/feedback/EntryFeedback.h"
 #include "qalpack/controls/SpinButton.h"
 #include "qalpack/market/SpreadTable.h"
 #include "qalpack/runtime/Convert.h"

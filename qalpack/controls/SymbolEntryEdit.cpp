@@ -4,7 +4,7 @@
 #include <QComboBox>
 
 #include "qalpack/controls/ComponentPalette.h"
-#include "qalpack/controls/EntryFeedback.h"
+#include "qalpack/feedback/EntryFeedback.h"
 #include "qalpack/omslib/ConvertSymbolMgr.h"
 #include "qalpack/runtime/Convert.h"
 

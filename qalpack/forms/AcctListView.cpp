@@ -20,7 +20,7 @@
 #include <QTableView>
 #include <QValidator>
 
-#include "qalpack/controls/SystemAlert.h"
+#include "qalpack/feedback/SystemAlert.h"
 #include "qalpack/profile/UserProfile.h"
 #include "qalpack/runtime/Exception.h"
 #include "ui_AcctListView.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/forms/OrderBlotterModel.h"
 
-#include "qalpack/controls/EntryFeedback.h"
+#include "qalpack/feedback/EntryFeedback.h"
 #include "qalpack/model/exchData.h"
 #include "qalpack/model/omsData.h"
 #include "qalpack/runtime/Format.h"

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "qalpack/controls/EntryFeedback.h"
+#include "qalpack/feedback/EntryFeedback.h"
 #include "qalpack/controls/SpinButton.h"
 #include "qalpack/market/SpreadTable.h"
 #include "tests/support/QtPrinters.h"

@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "apps/desk/Instruments.h"
-#include "qalpack/controls/SystemAlert.h"
+#include "qalpack/feedback/SystemAlert.h"
 #include "qalpack/db/Database.h"
 #include "qalpack/db/Query.h"
 #include "qalpack/orderdb/DatabaseAccess.h"

@@ -12,7 +12,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include "qalpack/controls/SystemAlert.h"
+#include "qalpack/feedback/SystemAlert.h"
 #include "qalpack/forms/OrderBlotterModel.h"
 #include "qalpack/model/ResourceLabel.h"
 #include "qalpack/model/Translations.h"

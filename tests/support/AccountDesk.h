@@ -21,7 +21,7 @@
 #include <gtest/gtest.h>
 
 #include "apps/qal/SampleDay.h"
-#include "qalpack/controls/SystemAlert.h"
+#include "qalpack/feedback/SystemAlert.h"
 #include "qalpack/forms/AcctListView.h"
 #include "qalpack/orderdb/DatabaseAccess.h"
 #include "qalpack/orderdb/OrderSchema.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Focus colours: the profile's byte order, the shipped profile's colours,
 // and a box taking focus with and without a logged-on user.
-#include "qalpack/controls/EntryFeedback.h"
+#include "qalpack/feedback/EntryFeedback.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "qalpack/controls/EntryFeedback.h"
+#include "qalpack/feedback/EntryFeedback.h"
 
 #include <QApplication>
 #include <QPalette>

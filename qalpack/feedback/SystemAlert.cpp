@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "qalpack/controls/SystemAlert.h"
+#include "qalpack/feedback/SystemAlert.h"
 
 #include <utility>
 
