@@ -14,10 +14,13 @@ TChangeNotifier::TChangeNotifier(QObject* owner)
 
 TChangeNotifier::~TChangeNotifier() = default; // subscribers are not told
 
+// A key whose count falls to 0 keeps its slot in the map: a screen that
+// closes and opens again on the same record costs no allocation (see
+// compact() for when such idle keys go).
 inline void TChangeNotifier::drop(SubscriptionList& list, Entry& entry)
 {
-    if (const auto key = list.keys.find(entry.custom); key != list.keys.end() && --key->second == 0)
-        list.keys.erase(key);
+    if (--*entry.keyCount == 0)
+        ++list.idleKeys;
     entry.state = State::Dropped;
     ++list.dropped;
     compactDue_ = true;
@@ -51,6 +54,13 @@ inline void TChangeNotifier::compact(SubscriptionList& list)
     std::rotate(list.entries.begin() + kept, list.entries.begin() + end, list.entries.begin() + list.used);
     list.used -= end - kept;
     list.dropped -= end - kept;
+    // Idle keys are pruned once they outnumber twice the most subscriptions
+    // the list ever held: screens that come back find theirs, while a stream
+    // of ever new keys cannot grow the map without bound.
+    if (list.idleKeys > 2 * list.entries.size()) {
+        std::erase_if(list.keys, [](const auto& key) { return key.second == 0; });
+        list.idleKeys = 0;
+    }
 }
 
 void TChangeNotifier::compactAll()
@@ -114,11 +124,14 @@ inline void TChangeNotifier::walk(SubscriptionList& list, void* data)
 inline TChangeNotifyEvent& TChangeNotifier::add(
     SubscriptionList& list, TChangeNotifyEvent callback, void* custom)
 {
-    ++list.keys[custom];
+    const auto [key, added] = list.keys.try_emplace(custom, 0);
+    if (!added && key->second == 0)
+        --list.idleKeys; // an idle key comes back
+    ++key->second;
     if (list.used == list.entries.size())
         list.entries.push_back(Entry { nullptr, std::make_unique<TChangeNotifyEvent>() });
     Entry& entry = list.entries[list.used++];
-    entry = Entry { custom, std::move(entry.callback), State::Live };
+    entry = Entry { custom, std::move(entry.callback), &key->second, State::Live };
     *entry.callback = std::move(callback);
     return *entry.callback;
 }
@@ -134,12 +147,16 @@ inline void TChangeNotifier::removeMatching(SubscriptionList& list, void* custom
             drop(list, entry);
     };
     // A subscriber removing itself from inside its callback, under a key of
-    // its own: nothing else in the list can match, so nothing is scanned.
+    // its own: nothing else in the list can match, so nothing is looked up.
     Entry* const hinted = hintList_ == &list && hintEntry_ < list.used ? &list.entries[hintEntry_] : nullptr;
-    if (hinted && hinted->custom == custom && hinted->state != State::Dropped && list.keys[custom] == 1)
+    if (hinted && hinted->custom == custom && hinted->state != State::Dropped && *hinted->keyCount == 1) {
         remove(*hinted);
-    else
+    } else {
+        const auto key = list.keys.find(custom);
+        if (key == list.keys.end() || key->second == 0)
+            return; // nothing of this key left to remove
         std::for_each(list.entries.begin(), list.entries.begin() + list.used, remove);
+    }
     compactUnlessWalking();
 }
 

@@ -118,6 +118,8 @@ private:
         void* custom = nullptr;
         // On the heap, so that a running callback stays put while its list grows.
         std::unique_ptr<TChangeNotifyEvent> callback;
+        // The count of `custom` in its list's keys (map nodes stay put).
+        std::uint32_t* keyCount = nullptr;
         State state = State::Live;
     };
     // entries[0, used) are the subscriptions, dropped ones included; behind
@@ -129,8 +131,10 @@ private:
         std::uint32_t dropped = 0;
         // How many subscriptions that are not dropped each key has: a
         // subscriber removing its own key from inside its callback is found
-        // without a scan when the key is its alone.
+        // without a scan when the key is its alone. Keys counted 0 (idle)
+        // stay until compact() prunes them.
         std::unordered_map<void*, std::uint32_t> keys;
+        std::uint32_t idleKeys = 0;
     };
     struct Channel
     {

@@ -316,6 +316,24 @@ TEST_P(EachList, SameKeyRegisteredTwiceIsCalledTwiceAndRemovedTogether)
     EXPECT_EQ(count(), 1);
 }
 
+// A screen that closed and opened twice on the same record: its key counts
+// two subscriptions again, so removing itself from inside a fire takes both.
+TEST_P(EachList, KeyBackAfterItsRemovalIsCountedAfresh)
+{
+    add(0);
+    remove(0);
+    fire();
+    for (int round = 0; round < 2; ++round)
+        add([this](void*, void* key) { log += 'S'; removeKey(key); }, &keys[0]);
+    add(1);
+    fire();
+    EXPECT_EQ(log, "SB") << "the second subscription of the key was removed with the first";
+    log.clear();
+    fire();
+    EXPECT_EQ(log, "B");
+    EXPECT_EQ(count(), 1);
+}
+
 // The running callback touches its own capture after the clear it triggers;
 // ASan reports it if the clear freed the callback under its feet.
 TEST_P(EachList, ClearingAllSubscriptionsFromInsideACallbackIsSafe)
