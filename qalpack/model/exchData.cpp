@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -129,9 +130,12 @@ public:
         if (value != 0)
             addInteger(tag, value);
     }
+    // A negative price too small for six decimals is written as "-0.000000"
+    // and reads back as -0: that is set too, or the record read back would
+    // write less than the one it came from.
     void addDoubleIfSet(int tag, long double value)
     {
-        if (value != 0.0L)
+        if (value != 0.0L || std::signbit(value))
             addDouble(tag, double(value));
     }
 

@@ -139,7 +139,8 @@ enum OrderOptionBit : int {
 QALPACK_EXPORT void DDSAddInteger(QString& s, int tag, int value);
 QALPACK_EXPORT void DDSAddDouble(QString& s, int tag, double value);
 QALPACK_EXPORT void DDSAddString(QString& s, int tag, QStringView value);
-// The same, only for a value that is set: a non-empty text, a non-zero number.
+// The same, only for a value that is set: a non-empty text, a non-zero number
+// (a negative zero, a price too small for six decimals, counts as set).
 QALPACK_EXPORT void DDSAddStringIfSet(QString& s, int tag, QStringView value);
 QALPACK_EXPORT void DDSAddIntegerIfSet(QString& s, int tag, int value);
 QALPACK_EXPORT void DDSAddDoubleIfSet(QString& s, int tag, long double value);

@@ -254,10 +254,7 @@ QString TomsOrder::DDSImageMessage() const
         if (value != 0)
             DDSAddInteger(s, tag, value);
     };
-    const auto number = [&s](int tag, long double value) {
-        if (value != 0.0L)
-            DDSAddDouble(s, tag, double(value));
-    };
+    const auto number = [&s](int tag, long double value) { DDSAddDoubleIfSet(s, tag, value); };
     text(455, BASKET_ID);
     text(456, WAVE_ID);
     text(460, Approval_ID);

@@ -688,6 +688,18 @@ TEST(ExchangeOrder, PricesBeyondTheDoubleRangeReadAsZero)
     }
 }
 
+// A tiny negative stop price is written as "-0.000000" and reads back as -0:
+// the record read back must write it again, so that the order shows the same
+// stop text however often its message goes round.
+TEST(ExchangeOrder, ATinyNegativeStopPriceGoesRoundAsNoPrice)
+{
+    const TexchOrder first(QStringLiteral("H|40|2560|41|-4e-10"));
+    const TexchOrder second(QStringLiteral("H|") + first.DDSImageMessage());
+    const TexchOrder third(QStringLiteral("H|") + second.DDSImageMessage());
+    EXPECT_EQ(second.GetOrderOptionInfo(), third.GetOrderOptionInfo());
+    EXPECT_EQ(second.DDSImageMessage(), third.DDSImageMessage());
+}
+
 // Every finite price the writer writes reads back: the text is the price at
 // six decimals, reading it gives that value, and writing that value again
 // gives the same text, for random bit patterns and the extremes alike.
