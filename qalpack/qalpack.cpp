@@ -18,7 +18,7 @@
 #include "qalpack/model/exchData.h"
 #include "qalpack/model/omsData.h"
 #include "qalpack/omslib/CodePage950.h"
-#include "qalpack/omslib/LineParser.h"
+#include "qalpack/omslib/TaggedMessage.h"
 #include "qalpack/orderdb/orderDB.h"
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/Exception.h"

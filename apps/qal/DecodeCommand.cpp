@@ -15,7 +15,7 @@
 #include "qalpack/model/exchData.h"
 #include "qalpack/model/omsData.h"
 #include "qalpack/omslib/CodePage950.h"
-#include "qalpack/omslib/LineParser.h"
+#include "qalpack/omslib/TaggedMessage.h"
 #include "qalpack/runtime/Convert.h"
 
 namespace qal::tool {

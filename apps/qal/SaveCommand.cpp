@@ -9,7 +9,7 @@
 
 #include "apps/qal/ToolConfig.h"
 #include "qalpack/model/omsData.h"
-#include "qalpack/omslib/LineParser.h"
+#include "qalpack/omslib/TaggedMessage.h"
 #include "qalpack/orderdb/OrderSchema.h"
 #include "qalpack/orderdb/orderDB.h"
 #include "qalpack/runtime/Convert.h"

@@ -3,14 +3,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <functional>
 #include <type_traits>
 
-#include "qalpack/omslib/LineParser.h"
+#include "qalpack/model/RecordFields_p.h"
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/Exception.h"
 #include "qalpack/runtime/Format.h"
@@ -20,165 +20,6 @@ namespace {
 
 constexpr int kTerminatorTag = 502;
 constexpr QStringView kTerminatorValue = u"TRADE";
-
-// StrToIntDef for a message value: plain digits are read in place.
-int messageInt(QStringView value)
-{
-    const int number = internal::plainNumber(value);
-    return number >= 0 ? number : StrToIntDef(value);
-}
-
-// AssignMessageText. A changed text of no more characters than the field
-// holds is copied into the field's own string when nothing shares it.
-void assignText(QString& field, QStringView value)
-{
-    const qsizetype size = value.size();
-    if (size > 0 && field.size() == size && field == value)
-        return;
-    if (size > 0 && size <= field.capacity() && field.isDetached()) {
-        field.resize(size);
-        std::memmove(static_cast<void*>(field.data()), value.utf16(), std::size_t(size) * sizeof(char16_t));
-        return;
-    }
-    field = value.toString();
-}
-
-// A comma-text field (attributes) read without copying the message first:
-// SetCommaText makes a string of its own for every item.
-void assignCommaText(TStringList& list, QStringView value)
-{
-    list.SetCommaText(QString::fromRawData(reinterpret_cast<const QChar*>(value.utf16()), value.size()));
-}
-
-// Zeroes extended prices with plain stores. Their member initialisers zero
-// them already, but the compiler writes each through the x87 unit and reads
-// it back for the next, and the processor cannot forward an 80-bit store to
-// a load: every fresh record stalls on the chain. Stores here make the
-// initialisers' ones dead, and the compiler drops them, as long as no call
-// comes between (the string lists' constructor is inline for that reason).
-template<class... T>
-void zeroPrices(T&... prices) noexcept
-{
-    static_assert((std::is_same_v<T, long double> && ...));
-    (std::memset(&prices, 0, sizeof prices), ...);
-}
-
-// Writes "tag|value|" fields at the end of a message, in place. The text is
-// grown ahead of the fields (by `ahead` characters whenever a field does not
-// fit) and cut back to what was written when the writer goes, so a whole
-// record costs a couple of allocations rather than a few per field.
-class MessageWriter
-{
-public:
-    explicit MessageWriter(QString& s, qsizetype ahead = 0)
-        : s_(s)
-        , used_(s.size())
-        , ahead_(ahead)
-    { }
-    ~MessageWriter()
-    {
-        if (s_.size() != used_)
-            s_.resize(used_);
-    }
-    MessageWriter(const MessageWriter&) = delete;
-    MessageWriter& operator=(const MessageWriter&) = delete;
-
-    void addInteger(int tag, int value)
-    {
-        std::array<char, 16> text {};
-        const char* end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
-        addAscii(tag, text.data(), end);
-    }
-
-    // Six decimals, the text of FixedText(value, 6): std::to_chars in fixed
-    // notation rounds exactly as printf does, as {fmt} does for FixedText.
-    void addDouble(int tag, double value)
-    {
-        // Room for the longest double in fixed notation: 309 digits, sign, point, six decimals.
-        std::array<char, 352> text {};
-        const char* end
-            = std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6).ptr;
-        addAscii(tag, text.data(), end);
-    }
-
-    void addString(int tag, QStringView value)
-    {
-        // A value that is a piece of this very message would move when the
-        // message grows: write a copy.
-        const std::less<const char16_t*> before;
-        const auto* own = reinterpret_cast<const char16_t*>(s_.constData());
-        if (!before(value.utf16(), own) && before(value.utf16(), own + s_.size())) {
-            const QString copy = value.toString();
-            addString(tag, copy);
-            return;
-        }
-        Tag t(tag);
-        char16_t* out = room(t.size() + 1 + value.size() + 1);
-        out = std::copy(t.begin(), t.end(), out);
-        *out++ = u'|';
-        out = std::copy_n(value.utf16(), value.size(), out);
-        *out = u'|';
-    }
-
-    void addStringIfSet(int tag, QStringView value)
-    {
-        if (!value.isEmpty())
-            addString(tag, value);
-    }
-    void addIntegerIfSet(int tag, int value)
-    {
-        if (value != 0)
-            addInteger(tag, value);
-    }
-    // A negative price too small for six decimals is written as "-0.000000"
-    // and reads back as -0: that is set too, or the record read back would
-    // write less than the one it came from.
-    void addDoubleIfSet(int tag, long double value)
-    {
-        if (value != 0.0L || std::signbit(value))
-            addDouble(tag, double(value));
-    }
-
-private:
-    class Tag
-    {
-    public:
-        explicit Tag(int tag)
-            : end_(std::to_chars(text_.data(), text_.data() + text_.size(), tag).ptr)
-        { }
-        [[nodiscard]] const char* begin() const { return text_.data(); }
-        [[nodiscard]] const char* end() const { return end_; }
-        [[nodiscard]] qsizetype size() const { return end_ - text_.data(); }
-
-    private:
-        std::array<char, 16> text_ {};
-        const char* end_;
-    };
-
-    void addAscii(int tag, const char* value, const char* valueEnd)
-    {
-        Tag t(tag);
-        char16_t* out = room(t.size() + 1 + (valueEnd - value) + 1);
-        out = std::copy(t.begin(), t.end(), out);
-        *out++ = u'|';
-        out = std::copy(value, valueEnd, out);
-        *out = u'|';
-    }
-
-    // Where the next `count` characters go.
-    char16_t* room(qsizetype count)
-    {
-        if (used_ + count > s_.size())
-            s_.resize(used_ + count + ahead_);
-        char16_t* out = reinterpret_cast<char16_t*>(s_.data()) + used_;
-        used_ += count;
-        return out;
-    }
-
-    QString& s_;
-    qsizetype used_;
-    qsizetype ahead_;
-};
 
 // Texts shared by orders and trades: the untranslated status words, and the
 // side labels.
@@ -254,12 +95,12 @@ const Label* stopLabel(int orderOption)
 // The contra side of a cross order or cross trade: account (110) and user (113).
 void updateContra(QStringView key, QStringView value, QString& account, QString& user)
 {
-    switch (internal::messageTag(key)) {
+    switch (MessageTag(key)) {
     case 110:
-        assignText(account, value);
+        AssignMessageText(account, value);
         break;
     case 113:
-        assignText(user, value);
+        AssignMessageText(user, value);
         break;
     default:
         break;
@@ -278,47 +119,6 @@ const std::vector<Label>& exchDataLabels()
 {
     static const std::vector<Label> labels(std::begin(exchDataLabelTable), std::end(exchDataLabelTable));
     return labels;
-}
-
-void DDSAddInteger(QString& s, int tag, int value)
-{
-    MessageWriter(s).addInteger(tag, value);
-}
-
-void DDSAddDouble(QString& s, int tag, double value)
-{
-    MessageWriter(s).addDouble(tag, value);
-}
-
-void DDSAddString(QString& s, int tag, QStringView value)
-{
-    MessageWriter(s).addString(tag, value);
-}
-
-void DDSAddStringIfSet(QString& s, int tag, QStringView value)
-{
-    MessageWriter(s).addStringIfSet(tag, value);
-}
-
-void DDSAddIntegerIfSet(QString& s, int tag, int value)
-{
-    MessageWriter(s).addIntegerIfSet(tag, value);
-}
-
-void DDSAddDoubleIfSet(QString& s, int tag, long double value)
-{
-    MessageWriter(s).addDoubleIfSet(tag, value);
-}
-
-int MessageTag(QStringView key)
-{
-    const int tag = internal::plainNumber(key);
-    return tag >= 0 ? tag : StrToIntDef(key, -1);
-}
-
-void AssignMessageText(QString& field, QStringView value)
-{
-    assignText(field, value);
 }
 
 int CompareSuffixalSymbol(const QString& a, const QString& b)
@@ -373,69 +173,69 @@ void TomsTrade::applyMessage(QStringView message)
 
 void TomsTrade::updateField(QStringView key, QStringView value)
 {
-    switch (internal::messageTag(key)) {
+    switch (MessageTag(key)) {
     case 7:
-        assignText(Exch_No, value);
+        AssignMessageText(Exch_No, value);
         break;
     case 8:
-        assignText(Order_No, value);
+        AssignMessageText(Order_No, value);
         break;
     case 0:
-        assignText(Symbol, value);
+        AssignMessageText(Symbol, value);
         break;
     case 10:
-        assignText(Account, value);
+        AssignMessageText(Account, value);
         break;
     case 13:
-        assignText(User, value);
+        AssignMessageText(User, value);
         break;
     case 3:
         Fill_Price = StrToFloatDef(value);
         break;
     case 4:
-        Fill_Qty = messageInt(value);
+        Fill_Qty = MessageInteger(value);
         break;
     case 11:
-        Side = messageInt(value);
+        Side = MessageInteger(value);
         break;
     case 47:
-        Hedge = messageInt(value);
+        Hedge = MessageInteger(value);
         break;
     case 46:
-        Principal = messageInt(value);
+        Principal = MessageInteger(value);
         break;
     case 101:
-        ShortSell = messageInt(value);
+        ShortSell = MessageInteger(value);
         break;
     case 45:
-        assignText(BrokerID, value);
+        AssignMessageText(BrokerID, value);
         break;
     case 43:
-        TradeType = messageInt(value);
+        TradeType = MessageInteger(value);
         break;
     case 44:
-        Field44 = messageInt(value);
+        Field44 = MessageInteger(value);
         break;
     case 5:
-        Status = messageInt(value);
+        Status = MessageInteger(value);
         break;
     case 25:
-        assignText(Remark, value);
+        AssignMessageText(Remark, value);
         break;
     case 33:
-        assignText(EXE_Time, value);
+        AssignMessageText(EXE_Time, value);
         break;
     case 20:
-        assignText(Exch, value);
+        AssignMessageText(Exch, value);
         break;
     case 78:
-        assignText(Field78, value);
+        AssignMessageText(Field78, value);
         break;
     case 6:
-        assignText(OmsOrder_No, value);
+        AssignMessageText(OmsOrder_No, value);
         break;
     case 418:
-        assignText(Runner, value);
+        AssignMessageText(Runner, value);
         break;
     default:
         break;
@@ -447,7 +247,7 @@ QString TomsTrade::DDSImageMessage() const
     QString s;
     {
         // The writer cuts the text to length when it goes, before the return.
-        MessageWriter w(s, 256);
+        TaggedMessageWriter w(s, 256);
         w.addString(7, Exch_No);
         w.addString(8, Order_No);
         w.addString(6, OmsOrder_No);
@@ -633,86 +433,86 @@ void TexchOrder::applyMessage(QStringView message)
 
 void TexchOrder::updateField(QStringView key, QStringView value)
 {
-    storeField(internal::messageTag(key), value);
+    storeField(MessageTag(key), value);
 }
 
 bool TexchOrder::storeField(int tag, QStringView value)
 {
     switch (tag) {
     case 6:
-        assignText(OmsOrder_No, value);
+        AssignMessageText(OmsOrder_No, value);
         break;
     case 7:
-        assignText(Order_No, value);
+        AssignMessageText(Order_No, value);
         break;
     case 15:
-        assignText(ref_no, value);
+        AssignMessageText(ref_no, value);
         break;
     case 0:
-        assignText(Symbol, value);
+        AssignMessageText(Symbol, value);
         break;
     case 10:
-        assignText(Account, value);
+        AssignMessageText(Account, value);
         break;
     case 13:
-        assignText(User, value);
+        AssignMessageText(User, value);
         break;
     case 3:
         Price = StrToFloatDef(value);
         break;
     case 4:
-        Quantity = messageInt(value);
+        Quantity = MessageInteger(value);
         break;
     case 11:
-        Side = messageInt(value);
+        Side = MessageInteger(value);
         break;
     case 5:
-        Status = messageInt(value);
+        Status = MessageInteger(value);
         break;
     case 40:
-        OrderOption = messageInt(value);
+        OrderOption = MessageInteger(value);
         break;
     case 489:
-        Option489 = messageInt(value);
+        Option489 = MessageInteger(value);
         break;
     case 490:
-        Option490 = messageInt(value);
+        Option490 = MessageInteger(value);
         break;
     case 491:
-        Option491 = messageInt(value);
+        Option491 = MessageInteger(value);
         break;
     case 492:
-        Option492 = messageInt(value);
+        Option492 = MessageInteger(value);
         break;
     case 47:
-        Field47 = messageInt(value);
+        Field47 = MessageInteger(value);
         break;
     case 46:
-        PrincipalType = messageInt(value);
+        PrincipalType = MessageInteger(value);
         break;
     case 101:
-        ShortSell = messageInt(value);
+        ShortSell = MessageInteger(value);
         break;
     case 45:
-        assignText(CounterParty, value);
+        AssignMessageText(CounterParty, value);
         break;
     case 25:
-        assignText(Remark, value);
+        AssignMessageText(Remark, value);
         break;
     case 34:
-        Fill_Qty = messageInt(value);
+        Fill_Qty = MessageInteger(value);
         break;
     case 35:
-        Field35 = messageInt(value);
+        Field35 = MessageInteger(value);
         break;
     case 48:
-        Field48 = messageInt(value);
+        Field48 = MessageInteger(value);
         break;
     case 33:
-        assignText(Order_Time, value);
+        AssignMessageText(Order_Time, value);
         break;
     case 501:
-        assignText(Order_Time501, value);
+        AssignMessageText(Order_Time501, value);
         break;
     case 41:
         StopPrice = StrToFloatDef(value);
@@ -727,55 +527,55 @@ bool TexchOrder::storeField(int tag, QStringView value)
         Price494 = StrToFloatDef(value);
         break;
     case 1105:
-        Field1105 = messageInt(value);
+        Field1105 = MessageInteger(value);
         break;
     case 1106:
-        Field1106 = messageInt(value);
+        Field1106 = MessageInteger(value);
         break;
     case 1107:
-        Field1107 = messageInt(value);
+        Field1107 = MessageInteger(value);
         break;
     case 1108:
-        Field1108 = messageInt(value);
+        Field1108 = MessageInteger(value);
         break;
     case 12:
-        OpenClose = messageInt(value);
+        OpenClose = MessageInteger(value);
         break;
     case 39:
-        Field39 = messageInt(value);
+        Field39 = MessageInteger(value);
         break;
     case 464:
-        Field464 = messageInt(value);
+        Field464 = MessageInteger(value);
         break;
     case 20:
-        assignText(Exch, value);
+        AssignMessageText(Exch, value);
         break;
     case 78:
-        assignText(BrokerID, value);
+        AssignMessageText(BrokerID, value);
         break;
     case 43:
-        Field43 = messageInt(value);
+        Field43 = MessageInteger(value);
         break;
     case 44:
-        Field44 = messageInt(value);
+        Field44 = MessageInteger(value);
         break;
     case 74:
-        assignText(User_Ref, value);
+        AssignMessageText(User_Ref, value);
         break;
     case 418:
-        assignText(Runner, value);
+        AssignMessageText(Runner, value);
         break;
     case 2020:
-        assignText(riskCtrlLevel, value);
+        AssignMessageText(riskCtrlLevel, value);
         break;
     case 1119:
-        assignText(Last_MOD_Time, value);
+        AssignMessageText(Last_MOD_Time, value);
         break;
     case 487:
-        assignCommaText(Attributes, value);
+        AssignMessageCommaText(Attributes, value);
         break;
     case 191:
-        assignText(Field191, value);
+        AssignMessageText(Field191, value);
         break;
     default:
         return false;
@@ -788,7 +588,7 @@ QString TexchOrder::DDSImageMessage() const
     QString s;
     {
         // The writer cuts the text to length when it goes, before the return.
-        MessageWriter w(s, 512);
+        TaggedMessageWriter w(s, 512);
         w.addStringIfSet(6, OmsOrder_No);
         w.addStringIfSet(7, Order_No);
         w.addString(0, Symbol);
@@ -1100,15 +900,15 @@ amsManualTrade::~amsManualTrade() = default;
 void amsManualTrade::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    switch (internal::messageTag(key)) {
+    switch (MessageTag(key)) {
     case 8:
-        assignText(Trade_No, value);
+        AssignMessageText(Trade_No, value);
         break;
     case 43:
-        TradeType = messageInt(value);
+        TradeType = MessageInteger(value);
         break;
     case 44:
-        TradeField44 = messageInt(value);
+        TradeField44 = MessageInteger(value);
         break;
     default:
         break;
@@ -1153,8 +953,8 @@ amsOrderHistory::~amsOrderHistory() = default;
 void amsOrderHistory::updateField(QStringView key, QStringView value)
 {
     TexchOrder::updateField(key, value);
-    if (internal::messageTag(key) == 9)
-        assignText(Action, value);
+    if (MessageTag(key) == 9)
+        AssignMessageText(Action, value);
 }
 
 QString amsOrderHistory::DDSImageMessage() const
@@ -1221,8 +1021,8 @@ amsCTFTrade::~amsCTFTrade() = default;
 void amsCTFTrade::updateField(QStringView key, QStringView value)
 {
     TomsTrade::updateField(key, value);
-    if (internal::messageTag(key) == 76)
-        assignText(CTFBroker, value);
+    if (MessageTag(key) == 76)
+        AssignMessageText(CTFBroker, value);
 }
 
 QString amsCTFTrade::DDSImageMessage() const

@@ -13,6 +13,7 @@
 
 #include "qalpack/model/ChangeNotifier.h"
 #include "qalpack/model/ResourceLabel.h"
+#include "qalpack/omslib/TaggedMessage.h" // the message writers and readers the records use
 #include "qalpack/qalpack_export.h"
 #include "qalpack/runtime/StringList.h"
 
@@ -133,77 +134,6 @@ enum OrderOptionBit : int {
     OptionStopUp = 0x800000,
     OptionStopDown = 0x1000000,
 };
-
-// Appends "tag|value|" to a message under construction. Integers in plain
-// decimal; DDSAddDouble in fixed point with six decimals (3.5 -> "3.500000").
-QALPACK_EXPORT void DDSAddInteger(QString& s, int tag, int value);
-QALPACK_EXPORT void DDSAddDouble(QString& s, int tag, double value);
-QALPACK_EXPORT void DDSAddString(QString& s, int tag, QStringView value);
-// The same, only for a value that is set: a non-empty text, a non-zero number
-// (a negative zero, a price too small for six decimals, counts as set).
-QALPACK_EXPORT void DDSAddStringIfSet(QString& s, int tag, QStringView value);
-QALPACK_EXPORT void DDSAddIntegerIfSet(QString& s, int tag, int value);
-QALPACK_EXPORT void DDSAddDoubleIfSet(QString& s, int tag, long double value);
-
-// For a record's updateField: the tag a message key names (plain digits are
-// read in place, anything else as StrToIntDef reads it), -1 when the key is
-// not a number.
-[[nodiscard]] QALPACK_EXPORT int MessageTag(QStringView key);
-// Stores a message field's text. An update repeats most fields unchanged: an
-// equal non-empty text keeps the string the field has instead of allocating.
-QALPACK_EXPORT void AssignMessageText(QString& field, QStringView value);
-
-namespace internal {
-// The number that one to nine plain digits spell (a tag, a quantity, an
-// option word); -1 for any other text. Up to four digits, the common case,
-// are read without a loop.
-[[nodiscard]] inline int plainNumber(QStringView text) noexcept
-{
-    const char16_t* const c = text.utf16();
-    const auto digit = [c](qsizetype i) { return unsigned(c[i]) - u'0'; };
-    // A character outside '0'..'9' gives a "digit" above 9 (below '0' it wraps).
-    bool bad = false;
-    const auto take = [&bad](unsigned d) {
-        bad |= d > 9;
-        return d;
-    };
-    unsigned value = 0;
-    switch (text.size()) {
-    case 1:
-        value = take(digit(0));
-        break;
-    case 2:
-        value = take(digit(0)) * 10 + take(digit(1));
-        break;
-    case 3:
-        value = take(digit(0)) * 100 + take(digit(1)) * 10 + take(digit(2));
-        break;
-    case 4:
-        value = take(digit(0)) * 1000 + take(digit(1)) * 100 + take(digit(2)) * 10 + take(digit(3));
-        break;
-    case 5:
-    case 6:
-    case 7:
-    case 8:
-    case 9:
-        for (qsizetype i = 0; i < text.size(); ++i)
-            value = value * 10 + take(digit(i));
-        break;
-    default:
-        return -1;
-    }
-    return bad ? -1 : int(value);
-}
-
-// MessageTag for the records' updateField: every pair of every message comes
-// through here, so plain digits are read in place and only other keys take
-// the call.
-[[nodiscard]] inline int messageTag(QStringView key)
-{
-    const int tag = plainNumber(key);
-    return tag >= 0 ? tag : MessageTag(key);
-}
-} // namespace internal
 
 // Orders symbol lists with the market suffix (the text after the first ".")
 // as the major key and the stem as the minor key; a symbol without a suffix
@@ -508,13 +438,12 @@ protected:
     // Copies the fields of `other` without its trade list.
     void assignFields(const TexchOrder& other);
 
-private:
-    // The client order reads a pair's tag once for its own tags and these.
-    friend class TomsOrder;
     // updateField for a tag already read from its key; false when the tag is
-    // not one of this record's. Not exported: called inside the library only.
+    // not one of this record's. A derived record reads a pair's tag once for
+    // its own tags and these. Not exported: called inside the library only.
     Q_DECL_HIDDEN bool storeField(int tag, QStringView value);
 
+private:
     QString ROmsOrder_No() const { return OmsOrder_No; }
     QString ROrder_No() const { return Order_No; }
     QString Rref_no() const { return ref_no; }

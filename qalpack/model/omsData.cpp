@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <type_traits>
 
+#include "qalpack/model/RecordFields_p.h"
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/Format.h"
 
@@ -53,23 +53,6 @@ bool isAncestorOf(const QObject* candidate, const QObject* object)
     return false;
 }
 
-// Zeroes extended prices with plain stores, which make the member
-// initialisers' x87 store-and-reload chain dead (see TexchOrder's
-// constructor): an 80-bit store does not forward to the next load.
-template<class... T>
-void zeroPrices(T&... prices) noexcept
-{
-    static_assert((std::is_same_v<T, long double> && ...));
-    (std::memset(&prices, 0, sizeof prices), ...);
-}
-
-// A comma-text field read without copying the message first: SetCommaText
-// makes a string of its own for every item.
-void assignCommaText(TStringList& list, QStringView value)
-{
-    list.SetCommaText(QString::fromRawData(reinterpret_cast<const QChar*>(value.utf16()), value.size()));
-}
-
 // Stores one of the client order's own tags; other tags are ignored.
 void storeOwnField(TomsOrder& order, int tag, QStringView value)
 {
@@ -111,7 +94,7 @@ void storeOwnField(TomsOrder& order, int tag, QStringView value)
         AssignMessageText(order.reqNum, value);
         break;
     case 1304:
-        assignCommaText(order.GTCDetails, value);
+        AssignMessageCommaText(order.GTCDetails, value);
         break;
     case 495:
         AssignMessageText(order.GTCDate, value);
@@ -236,7 +219,7 @@ void TomsOrder::updateField(QStringView key, QStringView value)
     // The exchange order's tags and this order's own are disjoint. Most
     // pairs of a message are the exchange order's: those go first, with the
     // tag read once.
-    const int tag = internal::messageTag(key);
+    const int tag = MessageTag(key);
     if (!storeField(tag, value))
         storeOwnField(*this, tag, value);
 }

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Splits one message line into its fields ("H|0|0005.HK|4|1000|..."), one token
-// at a time, as views over the line: no copy, no allocation, one pass.
+// Splits one line into its fields ("H|0|0005.HK|4|1000|..."), one token at a
+// time, as views over the line: no copy, no allocation, one pass. Tagged
+// messages read as tag/value pairs: TaggedMessage.h.
 #pragma once
 
-#include <bit>
-#include <cstdint>
-#include <functional>
 #include <optional>
 
 #include <QChar>
@@ -45,67 +43,5 @@ private:
     qsizetype pos_ = 0;
     QChar separator_;
 };
-
-// Calls f(key, value) for each tag/value pair of a tagged message
-// ("H|10|abc|11|1|": header "H", then 10=abc, 11=1), after skipping its first
-// token (the header). A key without a value (an odd token at the end) is
-// dropped; empty keys and values are passed on as they are. The views handed
-// to `f` point into `message`.
-// The "|" separators of a message, in order, found 64 characters at a time
-// as one bit per character: going from field to field then costs no test on
-// every character (fields are a few characters long, and a test per
-// character keeps guessing wrong about where they end).
-class QALPACK_EXPORT TaggedSeparators
-{
-public:
-    explicit TaggedSeparators(QStringView message) noexcept
-        : chars_(message.utf16())
-        , size_(message.size())
-    {
-        load();
-    }
-
-    // The position of the next separator, or the message's size when there
-    // is none left (and on every call after).
-    qsizetype next() noexcept
-    {
-        while (bits_ == 0) {
-            window_ += kWindow;
-            if (window_ >= size_)
-                return size_;
-            load();
-        }
-        const int bit = std::countr_zero(bits_);
-        bits_ &= bits_ - 1;
-        return window_ + bit;
-    }
-
-private:
-    static constexpr qsizetype kWindow = 64;
-    void load() noexcept;
-
-    const char16_t* chars_;
-    qsizetype size_;
-    qsizetype window_ = 0;
-    std::uint64_t bits_ = 0;
-};
-
-template<class F>
-void forEachTaggedPair(QStringView message, F&& f)
-{
-    // Every order update is split here, so this stays inline.
-    const qsizetype size = message.size();
-    TaggedSeparators separators(message);
-    qsizetype key = separators.next() + 1; // after the header
-    while (key < size) {
-        const qsizetype keyEnd = separators.next();
-        const qsizetype value = keyEnd + 1;
-        if (value >= size)
-            return;
-        const qsizetype valueEnd = separators.next();
-        std::invoke(f, message.sliced(key, keyEnd - key), message.sliced(value, valueEnd - value));
-        key = valueEnd + 1;
-    }
-}
 
 } // namespace qal

@@ -18,7 +18,6 @@
 #include <gtest/gtest.h>
 
 #include "qalpack/omslib/CodePage950.h"
-#include "qalpack/omslib/LineParser.h"
 #include "qalpack/runtime/Convert.h"
 #include "qalpack/runtime/Exception.h"
 #include "qalpack/runtime/Format.h"
@@ -638,28 +637,6 @@ TEST(Labels, InstructionAndClassificationTextsAreExact)
     EXPECT_EQ(exchDataLabels().size(), 41U);
 }
 
-// Prices are written with std::to_chars straight into the message: the text
-// must stay FixedText's, halfway cases (which go to the even digit) included.
-TEST(MessageWriting, PricesAreWrittenAsFixedTextWithSixDecimals)
-{
-    std::vector<double> values { 0.0, -0.0, 3.5, 345.6, 1e300, -1234.5678905, 0.0000005, 9.9999995 };
-    for (int k = -1000; k <= 1000; ++k)
-        values.push_back(k / 128.0); // seven decimals ending in 5: exact ties
-    std::mt19937_64 rng(950);
-    for (int i = 0; i < 20000; ++i)
-        values.push_back(std::ldexp(double(rng() >> 11), -int(rng() % 64)));
-    int mismatches = 0;
-    for (const double value : values) {
-        QString message;
-        DDSAddDouble(message, 3, value);
-        if (message != QStringLiteral("3|") + FixedText(value, 6) + u'|') {
-            ADD_FAILURE() << message.toStdString() << " for " << FixedText(value, 6).toStdString();
-            if (++mismatches == 10)
-                return;
-        }
-    }
-}
-
 // A price that no double holds, or no number at all, reads as 0 like any
 // other bad number; the largest doubles still read.
 TEST(ExchangeOrder, PricesBeyondTheDoubleRangeReadAsZero)
@@ -691,7 +668,7 @@ TEST(ExchangeOrder, PricesBeyondTheDoubleRangeReadAsZero)
 // A tiny negative stop price is written as "-0.000000" and reads back as -0:
 // the record read back must write it again, so that the order shows the same
 // stop text however often its message goes round.
-TEST(ExchangeOrder, ATinyNegativeStopPriceGoesRoundAsNoPrice)
+TEST(ExchangeOrder, ATinyNegativeStopPriceGoesRoundUnchanged)
 {
     const TexchOrder first(QStringLiteral("H|40|2560|41|-4e-10"));
     const TexchOrder second(QStringLiteral("H|") + first.DDSImageMessage());
@@ -703,7 +680,7 @@ TEST(ExchangeOrder, ATinyNegativeStopPriceGoesRoundAsNoPrice)
 // Every finite price the writer writes reads back: the text is the price at
 // six decimals, reading it gives that value, and writing that value again
 // gives the same text, for random bit patterns and the extremes alike.
-TEST(MessageWriting, EveryFinitePriceWrittenReadsBackToTheSameText)
+TEST(ExchangeOrderMessage, EveryFinitePriceWrittenReadsBackToTheSameText)
 {
     std::vector<double> values { 0.0, -0.0, 12.5, 1e121, -1e121, std::numeric_limits<double>::max(),
         -std::numeric_limits<double>::max(), std::numeric_limits<double>::min(),
@@ -731,14 +708,6 @@ TEST(MessageWriting, EveryFinitePriceWrittenReadsBackToTheSameText)
                 return;
         }
     }
-}
-
-TEST(MessageWriting, AValueTakenFromTheMessageItselfIsWrittenWhole)
-{
-    QString message = QStringLiteral("0|0700.HK|");
-    message.reserve(12); // so that the next field must grow the text
-    DDSAddString(message, 25, QStringView(message).mid(2, 7));
-    EXPECT_EQ(message, u"0|0700.HK|25|0700.HK|");
 }
 
 } // namespace
