@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -15,6 +17,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include "tests/support/SourceTree.h"
 
 #include "qalpack/runtime/Exception.h"
 
@@ -26,10 +30,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 QString spreadFile(const QString& name)
 {
-    QString root = qEnvironmentVariable("QALPACK_SOURCE_DIR");
-    if (root.isEmpty()) // run by hand, outside ctest
-        root = QFileInfo(QStringLiteral(__FILE__)).absoluteDir().filePath("../..");
-    return QDir(root).filePath("config/spreads/" + name);
+    return test::sourcePath("config/spreads/" + name);
 }
 
 // A spread text, or the table of a spread file when the text names one.
@@ -244,6 +245,39 @@ TEST(SpreadTable, ExchangeLaddersAroundEveryBandEdge)
             EXPECT_EQ(table.GetNearestUpPrice(edge + 0.3 * hi), ticks[3]);
             EXPECT_EQ(table.GetNearestPrice(edge - 0.3 * lo), edge);
             EXPECT_EQ(table.GetNearestDownPrice(edge - 0.3 * lo), ticks[1]);
+        }
+    }
+}
+
+// n steps at once are n single steps, each from the last one's unrounded
+// price, on every shipped ladder, on one whose bands are out of order (the
+// table never sorts them) and on the fallback, from prices in and between
+// every band, across band edges both ways.
+TEST(SpreadTable, ManyStepsAreThatManySingleSteps)
+{
+    std::vector<TSpreadTable> tables;
+    for (const char* file : { "sehk_securities.txt", "sehk_securities_pre_2025.txt", "sehk_etp.txt",
+             "hkfe_index_futures.txt" })
+        tables.push_back(TSpreadTable::fromFile(spreadFile(QString::fromLatin1(file))));
+    tables.emplace_back(QStringLiteral("10,0.5,5,0.01,100,1"));
+    tables.emplace_back(QStringLiteral("10,0"));
+    std::mt19937_64 rng(10);
+    for (const TSpreadTable& table : tables) {
+        std::vector<double> prices { 0, -3, 0.001, kTop, kTop + 7.5 };
+        for (const TSpreadRow& row : table.Rows()) {
+            for (const double offset : { -3.0, -1.0, -0.4, 0.0, 0.4, 1.0, 3.0 })
+                prices.push_back(row.UpperBound + offset * row.Spread);
+        }
+        for (int k = 0; k < 300; ++k)
+            prices.push_back(std::ldexp(double(rng() % 100000), -int(rng() % 12)));
+        for (const double price : prices) {
+            for (const int steps : { 1, 2, 10, 37, -1, -2, -10, -37 }) {
+                double single = price;
+                for (int k = 0; k < std::abs(steps); ++k)
+                    single = table.GetNextPrice(single, steps > 0 ? 1 : -1);
+                ASSERT_EQ(table.GetNextPrice(price, steps), single)
+                    << table.Count() << " bands, " << price << " by " << steps;
+            }
         }
     }
 }
