@@ -285,24 +285,9 @@ void TomsOrder::reset()
     ChildWorkOrders.clear();
 }
 
-QString TomsOrder::statusMessage() const
-{
-    return TexchOrder::statusMessage();
-}
-
 int TomsOrder::statusNumber() const
 {
     return Status;
-}
-
-int TomsOrder::RawStatus(const QString& text) const
-{
-    return TexchOrder::RawStatus(text);
-}
-
-QString TomsOrder::GetBuySellText() const
-{
-    return TexchOrder::GetBuySellText();
 }
 
 QString TomsOrder::GetRemark() const

@@ -170,14 +170,12 @@ public:
     // (except Field43 and Field44) and of this order; adopted exchange orders
     // are freed, child work orders forgotten.
     void reset() override;
-    // A client order shows and stores the exchange order's status texts and
-    // codes, so that the first four characters of statusMessage, which the
-    // order database keeps, decode back to the same code through RawStatus.
-    [[nodiscard]] QString statusMessage() const override;
+    // A client order shows and stores the exchange order's status texts,
+    // side texts and codes (statusMessage, RawStatus and GetBuySellText are
+    // TexchOrder's), so that the first four characters of statusMessage,
+    // which the order database keeps, decode back to the same code through
+    // RawStatus; its number is its own Status.
     [[nodiscard]] int statusNumber() const override;
-    using TexchOrder::RawStatus;
-    [[nodiscard]] int RawStatus(const QString& text) const override;
-    [[nodiscard]] QString GetBuySellText() const override;
     // The instruction remark shown on every blotter: labels ending in ";", in
     // this fixed order: Work, SS, Manual, AO, Enhanced, Odd or OddTrd, FOK, FAK,
     // GTC (with GetGTCRemark), Open End, APP, BookTrd, Void, MO, ManuTrd, Open
