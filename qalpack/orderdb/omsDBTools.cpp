@@ -6,8 +6,14 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <mutex>
+#include <utility>
+#include <vector>
 
+#include <QDateTime>
 #include <QFile>
+#include <QFileInfo>
+#include <QHash>
 
 #include "qalpack/db/Backend.h"
 #include "qalpack/db/Query.h"
@@ -288,15 +294,71 @@ QVariant GetINIValue(const QString& file, const QString& section, const QString&
     }
 }
 
+namespace {
+
+// A procedure's parameters as STORPROC.INI declares them.
+struct ParamDeclaration
+{
+    QString name;
+    TParamType direction;
+    TFieldType type;
+};
+
+// The declarations last read for each file and procedure. A save prepares
+// its procedure for every order, while the file changes only when an
+// administrator edits it: its size and modification time say when to read
+// it again, so an edit still reaches the next save.
+class DeclarationCache
+{
+public:
+    std::vector<ParamDeclaration> get(const QString& file, const QString& procName)
+    {
+        const QFileInfo info(file);
+        const qint64 size = info.exists() ? info.size() : -1;
+        const QDateTime modified = info.exists() ? info.lastModified() : QDateTime();
+        const std::lock_guard lock(mutex_);
+        Entry& entry = entries_[file + u'|' + procName];
+        if (!entry.read || entry.size != size || entry.modified != modified) {
+            entry = Entry { true, size, modified, read(file, procName) };
+        }
+        return entry.params;
+    }
+
+private:
+    struct Entry
+    {
+        bool read = false;
+        qint64 size = -1;
+        QDateTime modified;
+        std::vector<ParamDeclaration> params;
+    };
+
+    static std::vector<ParamDeclaration> read(const QString& file, const QString& procName)
+    {
+        TStringList definitions;
+        INISectionValue(file, procName, definitions);
+        std::vector<ParamDeclaration> params;
+        for (QString definition : definitions) {
+            QString name = takeBefore(definition, u',');
+            const QString direction = takeBefore(definition, u',');
+            params.push_back(
+                { std::move(name), ParamTypeFromName(direction), FieldTypeFromName(definition) });
+        }
+        return params;
+    }
+
+    std::mutex mutex_;
+    QHash<QString, Entry> entries_;
+};
+
+} // namespace
+
 void PrepareStoredProc(const QString& procName, TStoredProc& proc)
 {
-    TStringList definitions;
-    INISectionValue(DirStr(QStringLiteral("OMSINI")) + QStringLiteral("STORPROC.INI"), procName, definitions);
-    for (QString definition : definitions) {
-        const QString name = takeBefore(definition, u',');
-        const QString direction = takeBefore(definition, u',');
-        proc.Params().CreateParam(FieldTypeFromName(definition), name, ParamTypeFromName(direction));
-    }
+    static DeclarationCache cache;
+    const QString file = DirStr(QStringLiteral("OMSINI")) + QStringLiteral("STORPROC.INI");
+    for (const ParamDeclaration& param : cache.get(file, procName))
+        proc.Params().CreateParam(param.type, param.name, param.direction);
 }
 
 bool DLLPlugin(const QString& file, const QString& section)
