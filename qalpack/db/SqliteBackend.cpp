@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "qalpack/db/SqliteBackend.h"
 
+#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -173,7 +174,12 @@ public:
         : db_(db)
         , database_(database)
     { }
-    ~SqliteConnection() override { sqlite3_close_v2(db_); }
+    ~SqliteConnection() override
+    {
+        for (const auto& [sql, cached] : statements_)
+            sqlite3_finalize(cached.statement);
+        sqlite3_close_v2(db_);
+    }
     SqliteConnection(const SqliteConnection&) = delete;
     SqliteConnection& operator=(const SqliteConnection&) = delete;
 
@@ -202,14 +208,19 @@ public:
 
     qint64 execute(const QString& sql, std::span<const backend::Value> params) override
     {
+        if (const auto cached = statements_.find(sql); cached != statements_.end() && !cached->second.busy)
+            return run(cached->second, params, sql);
         const QByteArray text = sql.toUtf8();
         const char* end = text.constData() + text.size();
         const char* next = text.constData();
         qint64 changed = 0;
         while (next < end) {
+            const char* const from = next;
             sqlite3_stmt* statement = prepare(next, end, next, sql);
             if (!statement)
                 break;
+            if (from == text.constData() && isBlank(next, end) && keep(sql, statement))
+                return run(statements_.find(sql)->second, params, sql);
             const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> owner(statement, sqlite3_finalize);
             bind(statement, params, sql);
             int rc = SQLITE_ROW;
@@ -296,6 +307,55 @@ public:
     }
 
 private:
+    // A statement kept prepared for the next execute of the same text: a
+    // desk runs the same few statements for every order it saves (the
+    // transaction's, the procedure's insert), and preparing one costs more
+    // than running it. SQLite prepares a kept statement again by itself when
+    // the schema changes under it.
+    struct KeptStatement
+    {
+        sqlite3_stmt* statement = nullptr;
+        bool busy = false; // running: a nested execute of the same text prepares its own
+    };
+    static constexpr std::size_t kKeptStatements = 32;
+
+    static bool isBlank(const char* from, const char* end)
+    {
+        return std::all_of(from, end, [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; });
+    }
+
+    // Keeps `statement` for `sql` unless the cache is full (the texts a desk
+    // repeats are few; one-off texts beyond that are not kept).
+    bool keep(const QString& sql, sqlite3_stmt* statement)
+    {
+        if (statements_.size() >= kKeptStatements)
+            return false;
+        statements_.emplace(sql, KeptStatement { statement, false });
+        return true;
+    }
+
+    qint64 run(KeptStatement& kept, std::span<const backend::Value> params, const QString& sql)
+    {
+        kept.busy = true;
+        struct Done
+        {
+            KeptStatement& kept;
+            ~Done()
+            {
+                sqlite3_reset(kept.statement);
+                sqlite3_clear_bindings(kept.statement);
+                kept.busy = false;
+            }
+        } done { kept };
+        bind(kept.statement, params, sql);
+        int rc = SQLITE_ROW;
+        while (rc == SQLITE_ROW)
+            rc = sqlite3_step(kept.statement);
+        if (rc != SQLITE_DONE)
+            fail(QStringLiteral("statement failed"), sql);
+        return sqlite3_changes64(db_);
+    }
+
     [[noreturn]] void fail(const QString& what, const QString& sql) const
     {
         throw DatabaseError(database_,
@@ -342,6 +402,7 @@ private:
 
     sqlite3* db_;
     QString database_;
+    std::map<QString, KeptStatement> statements_;
 };
 
 // The write-ahead log lets the desk save while other programs read the file
