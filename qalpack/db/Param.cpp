@@ -343,8 +343,12 @@ TParam& TParams::CreateParam(TFieldType dataType, const QString& name, TParamTyp
 
 TParam* TParams::FindParam(QStringView name)
 {
+    // A save looks up some forty names among forty parameters: names of
+    // another length are passed over before any case folding (Qt folds case
+    // one UTF-16 unit for one, so equal names have equal lengths).
     for (const auto& param : items_) {
-        if (param->Name().compare(name, Qt::CaseInsensitive) == 0)
+        const QString& own = param->Name();
+        if (own.size() == name.size() && (own == name || own.compare(name, Qt::CaseInsensitive) == 0))
             return param.get();
     }
     return nullptr;
