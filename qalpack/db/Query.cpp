@@ -41,6 +41,7 @@ qsizetype dollarQuoteEnd(QStringView sql, qsizetype at)
 // The SQL text cut at its ":name" parameters.
 struct TQuery::Statement
 {
+    QStringList lines; // the SQL lines it was parsed from
     QString source;
     QStringList pieces; // text before each parameter, and the text after the last
     std::vector<int> positions; // the parameter (index into names) after each piece
@@ -150,11 +151,18 @@ const TStringList& TQuery::SQL() const
 
 const TQuery::Statement& TQuery::statement()
 {
-    const QString text = sql_.toQStringList().join(u'\n');
-    if (statement_ && statement_->source == text)
-        return *statement_;
+    // Every ParamByName asks: the lines are compared as they stand, without
+    // joining them into a new text each time.
+    if (statement_ && statement_->lines.size() == sql_.Count()) {
+        bool same = true;
+        for (int i = 0; same && i < sql_.Count(); ++i)
+            same = sql_.Strings(i) == statement_->lines[i];
+        if (same)
+            return *statement_;
+    }
     auto parsed = std::make_unique<Statement>();
-    parsed->parse(text);
+    parsed->lines = sql_.toQStringList();
+    parsed->parse(parsed->lines.join(u'\n'));
     // The parameter list follows the new text; values of names that stay are kept.
     TParams kept;
     for (const QString& name : std::as_const(parsed->names)) {
