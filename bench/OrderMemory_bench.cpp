@@ -15,6 +15,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/BenchGoals.h"
 #include "bench/OrderBenchDatabase.h"
 #include "bench/RawOrderRows.h"
 #include "qalpack/model/exchData.h"
@@ -153,6 +154,8 @@ void registerMemory()
             qal::orderLoadOrders(
                 [&rows](std::unique_ptr<qal::TomsOrder> r) { rows.push_back(std::move(r)); });
         });
+        // A loaded record within 1.6 times the raw struct of the same fields.
+        bench::setGoals(s, { { "raw", 1.6 } });
     });
     add("orderdb/memoryOrders@raw/sqlite", [](benchmark::State& s) {
         const bench::raw::SqliteReader reader(databases->sqlitePath().toStdString());
@@ -166,6 +169,8 @@ void registerMemory()
             qal::orderLoadExchOrders(
                 [&rows](std::unique_ptr<qal::TexchOrder> r) { rows.push_back(std::move(r)); });
         });
+        // Within 1.6 times the raw struct of the same fields.
+        bench::setGoals(s, { { "raw", 1.6 } });
     });
     add("orderdb/memoryExchOrders@raw/sqlite", [](benchmark::State& s) {
         const bench::raw::SqliteReader reader(databases->sqlitePath().toStdString());
