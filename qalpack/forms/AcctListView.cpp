@@ -21,6 +21,7 @@
 #include <QValidator>
 
 #include "qalpack/feedback/SystemAlert.h"
+#include "qalpack/profile/QalApplicationProfile.h"
 #include "qalpack/profile/UserProfile.h"
 #include "qalpack/runtime/Exception.h"
 #include "ui_AcctListView.h"
@@ -29,8 +30,7 @@ namespace qal {
 
 namespace {
 
-// The desk settings the explorer reads, section "CLIENT APP".
-const QString kClientApp = QStringLiteral("CLIENT APP");
+// The desk settings the explorer reads, in ClientAppSection().
 const QString kFieldClientID = QStringLiteral("FieldClientID");
 const QString kAccountShowAll = QStringLiteral("ACCOUNTSHOWALL");
 const QString kPositionView = QStringLiteral("positionView");
@@ -267,7 +267,7 @@ TAccountListView::TAccountListView(QWidget* parent)
     // The client-ID column is there when the desk names the custom
     // information key that holds it.
     if (const TUserProfile* profile = TUserProfile::CurrentInstance())
-        clientIdKey_ = ClientIdFieldKey(profile->getValue(kClientApp, kFieldClientID));
+        clientIdKey_ = ClientIdFieldKey(profile->getValue(ClientAppSection(), kFieldClientID));
     setColumns();
     ClearGridContent();
     sortField_ = afAcctName;
@@ -591,11 +591,12 @@ void TAccountListView::showEvent(QShowEvent* event)
         userChanged();
         return;
     }
-    const QString showAll = profile->getValue(kClientApp, kAccountShowAll);
+    const QString showAll = profile->getValue(ClientAppSection(), kAccountShowAll);
     users->setCurrentIndex(showAll.startsWith(u'Y', Qt::CaseInsensitive) ? 0 : ownIndex);
 
-    houseMode_
-        = profile->getValue(kClientApp, kPositionView).toUpper() == kHouseModeVEM ? kHouseModeVEM : QString();
+    houseMode_ = profile->getValue(ClientAppSection(), kPositionView).toUpper() == kHouseModeVEM
+        ? kHouseModeVEM
+        : QString();
     model_->titlesChanged();
 
     if (!profile->UserId().isEmpty())

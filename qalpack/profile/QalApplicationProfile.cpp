@@ -19,12 +19,6 @@ QString localSection()
     return QStringLiteral("OMS_LOCAL");
 }
 
-// Where the user's chosen schemes are kept.
-QString clientAppSection()
-{
-    return QStringLiteral("CLIENT APP");
-}
-
 // The process-wide state: the singleton and what the host set before
 // creating it.
 struct ProfileGlobals
@@ -153,17 +147,17 @@ std::unique_ptr<TStringList> TQalApplicationProfile::sectionValues(const QString
 
 void TQalApplicationProfile::SaveColorProfile(const QString& value)
 {
-    ini_.WriteString(clientAppSection(), QStringLiteral("color"), value);
+    ini_.WriteString(ClientAppSection(), QStringLiteral("color"), value);
 }
 
 void TQalApplicationProfile::SaveKeyProfile(const QString& value)
 {
-    ini_.WriteString(clientAppSection(), QStringLiteral("keyboard"), value);
+    ini_.WriteString(ClientAppSection(), QStringLiteral("keyboard"), value);
 }
 
 void TQalApplicationProfile::SaveSoundProfile(const QString& value)
 {
-    ini_.WriteString(clientAppSection(), QStringLiteral("sound"), value);
+    ini_.WriteString(ClientAppSection(), QStringLiteral("sound"), value);
 }
 
 QString TQalApplicationProfile::GenerateLogfileName(const QString& pattern)

@@ -29,6 +29,13 @@ QALPACK_EXPORT void ResetApplicationProfile();
 
 } // namespace internal
 
+// The OMS INI section of the desk's own settings: the schemes the user chose
+// ("color", "sound", "keyboard") and the account explorer's options.
+[[nodiscard]] inline QString ClientAppSection()
+{
+    return QStringLiteral("CLIENT APP");
+}
+
 // How the application connects: the first character of "ConnectionMode" in
 // the application's default section, "I"/"i" and "A"/"a", anything else
 // (empty included) the database mode.

@@ -23,18 +23,13 @@
 #include "qalpack/omslib/subMgr.h"
 #include "qalpack/orderdb/DatabaseAccess.h"
 #include "qalpack/orderdb/omsSEHKManuModel.h"
+#include "qalpack/profile/QalApplicationProfile.h"
 #include "qalpack/runtime/Exception.h"
 #include "qalpack/runtime/Format.h"
 
 namespace qal {
 
 namespace {
-
-// Where the user's chosen scheme names are kept in the shared OMS INI file.
-QString clientAppSection()
-{
-    return QStringLiteral("CLIENT APP");
-}
 
 QString defaultColorScheme()
 {
@@ -231,8 +226,9 @@ void TUserProfile::loadUser()
 {
     TDatabase* database = TOmsDM::GetInstance()->GetDatabase(QStringLiteral("omsdata"));
     if (database == nullptr)
-        throw Error(QStringLiteral("User profile of \"%1\": the order database \"omsdata\" cannot be opened: %2")
-                        .arg(userId_, TOmsDM::GetInstance()->OpenError(QStringLiteral("omsdata"))));
+        throw Error(
+            QStringLiteral("User profile of \"%1\": the order database \"omsdata\" cannot be opened: %2")
+                .arg(userId_, TOmsDM::GetInstance()->OpenError(QStringLiteral("omsdata"))));
     TQuery query(*database);
 
     query.SQL().Add(QStringLiteral("Select * from User_File where User_No = :UserId"));
@@ -488,19 +484,19 @@ QString TUserProfile::profileIniPath() const
 
 QString TUserProfile::getCurrentColorProfile() const
 {
-    const QString scheme = getValue(clientAppSection(), QStringLiteral("color"));
+    const QString scheme = getValue(ClientAppSection(), QStringLiteral("color"));
     return scheme.isEmpty() ? defaultColorScheme() : scheme;
 }
 
 QString TUserProfile::getCurrentSoundProfile() const
 {
-    const QString scheme = getValue(clientAppSection(), QStringLiteral("sound"));
+    const QString scheme = getValue(ClientAppSection(), QStringLiteral("sound"));
     return scheme.isEmpty() ? defaultSoundScheme() : scheme;
 }
 
 QString TUserProfile::getCurrentKeyProfile() const
 {
-    const QString scheme = getValue(clientAppSection(), QStringLiteral("Keyboard"));
+    const QString scheme = getValue(ClientAppSection(), QStringLiteral("Keyboard"));
     return scheme.isEmpty() ? defaultKeyScheme() : scheme;
 }
 
@@ -541,17 +537,17 @@ QString TUserProfile::getCustomKey(const QString& item) const
 
 void TUserProfile::SaveColorProfile(const QString& value)
 {
-    ini_.WriteString(clientAppSection(), QStringLiteral("color"), value);
+    ini_.WriteString(ClientAppSection(), QStringLiteral("color"), value);
 }
 
 void TUserProfile::SaveSoundProfile(const QString& value)
 {
-    ini_.WriteString(clientAppSection(), QStringLiteral("sound"), value);
+    ini_.WriteString(ClientAppSection(), QStringLiteral("sound"), value);
 }
 
 void TUserProfile::SaveKeyProfile(const QString& value)
 {
-    ini_.WriteString(clientAppSection(), QStringLiteral("keyboard"), value);
+    ini_.WriteString(ClientAppSection(), QStringLiteral("keyboard"), value);
 }
 
 QString TUserProfile::GetLotButtonValue() const
