@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <map>
+#include <memory>
 #include <vector>
 
 #include <sqlite3.h>
@@ -68,6 +69,25 @@ TFieldType typeFromStorage(int storage)
     }
 }
 
+// A statement a connection keeps prepared for the next run of the same text:
+// a desk runs the same few statements for every order it saves (the
+// transaction's, the procedure's), and preparing one costs more than running
+// it. SQLite prepares a kept statement again by itself when the schema
+// changes under it. Shared with the cursor reading it, so that a cursor that
+// outlives its connection still owns its statement.
+struct KeptStatement
+{
+    explicit KeptStatement(sqlite3_stmt* s) noexcept
+        : statement(s)
+    { }
+    ~KeptStatement() { sqlite3_finalize(statement); }
+    KeptStatement(const KeptStatement&) = delete;
+    KeptStatement& operator=(const KeptStatement&) = delete;
+
+    sqlite3_stmt* const statement;
+    bool busy = false; // being run or read: the same text meanwhile prepares its own
+};
+
 class SqliteCursor final : public backend::Cursor
 {
 public:
@@ -76,7 +96,31 @@ public:
         , database_(database)
         , sql_(sql)
     { }
-    ~SqliteCursor() override { sqlite3_finalize(statement_); }
+    // Reads a kept statement, which goes back to its connection when done.
+    SqliteCursor(std::shared_ptr<KeptStatement> kept, const QString& database, const QString& sql)
+        : statement_(kept->statement)
+        , kept_(std::move(kept))
+        , database_(database)
+        , sql_(sql)
+    {
+        kept_->busy = true;
+    }
+    // The statement this cursor owns is kept by its connection from now on.
+    void adopt(std::shared_ptr<KeptStatement> kept)
+    {
+        kept_ = std::move(kept);
+        kept_->busy = true;
+    }
+    ~SqliteCursor() override
+    {
+        if (!kept_) {
+            sqlite3_finalize(statement_);
+            return;
+        }
+        sqlite3_reset(statement_);
+        sqlite3_clear_bindings(statement_);
+        kept_->busy = false;
+    }
     SqliteCursor(const SqliteCursor&) = delete;
     SqliteCursor& operator=(const SqliteCursor&) = delete;
 
@@ -161,6 +205,7 @@ private:
     }
 
     sqlite3_stmt* statement_;
+    std::shared_ptr<KeptStatement> kept_;
     QString database_;
     QString sql_;
     std::vector<TFieldType> types_;
@@ -176,8 +221,9 @@ public:
     { }
     ~SqliteConnection() override
     {
-        for (const auto& [sql, cached] : statements_)
-            sqlite3_finalize(cached.statement);
+        // Kept statements a cursor still reads go with that cursor; the
+        // connection closes once the last of them is finalized.
+        statements_.clear();
         sqlite3_close_v2(db_);
     }
     SqliteConnection(const SqliteConnection&) = delete;
@@ -188,6 +234,11 @@ public:
     std::unique_ptr<backend::Cursor> openCursor(
         const QString& sql, std::span<const backend::Value> params) override
     {
+        if (const auto kept = idleKept(sql)) {
+            auto cursor = std::make_unique<SqliteCursor>(kept, database_, sql);
+            bind(kept->statement, params, sql);
+            return cursor;
+        }
         const QByteArray text = sql.toUtf8();
         const char* tail = nullptr;
         sqlite3_stmt* statement = prepare(text.constData(), text.constData() + text.size(), tail, sql);
@@ -202,14 +253,16 @@ public:
                 QStringLiteral("a query opens one statement, this text holds several [%1]")
                     .arg(backend::statementSnippet(sql)));
         }
+        if (auto kept = keep(sql, statement))
+            cursor->adopt(std::move(kept));
         bind(statement, params, sql);
         return cursor;
     }
 
     qint64 execute(const QString& sql, std::span<const backend::Value> params) override
     {
-        if (const auto cached = statements_.find(sql); cached != statements_.end() && !cached->second.busy)
-            return run(cached->second, params, sql);
+        if (const auto kept = idleKept(sql))
+            return run(*kept, params, sql);
         const QByteArray text = sql.toUtf8();
         const char* end = text.constData() + text.size();
         const char* next = text.constData();
@@ -219,8 +272,10 @@ public:
             sqlite3_stmt* statement = prepare(next, end, next, sql);
             if (!statement)
                 break;
-            if (from == text.constData() && isBlank(next, end) && keep(sql, statement))
-                return run(statements_.find(sql)->second, params, sql);
+            if (from == text.constData() && isBlank(next, end)) {
+                if (const auto kept = keep(sql, statement))
+                    return run(*kept, params, sql);
+            }
             const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> owner(statement, sqlite3_finalize);
             bind(statement, params, sql);
             int rc = SQLITE_ROW;
@@ -307,16 +362,6 @@ public:
     }
 
 private:
-    // A statement kept prepared for the next execute of the same text: a
-    // desk runs the same few statements for every order it saves (the
-    // transaction's, the procedure's insert), and preparing one costs more
-    // than running it. SQLite prepares a kept statement again by itself when
-    // the schema changes under it.
-    struct KeptStatement
-    {
-        sqlite3_stmt* statement = nullptr;
-        bool busy = false; // running: a nested execute of the same text prepares its own
-    };
     static constexpr std::size_t kKeptStatements = 32;
 
     static bool isBlank(const char* from, const char* end)
@@ -324,14 +369,22 @@ private:
         return std::all_of(from, end, [](char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; });
     }
 
-    // Keeps `statement` for `sql` unless the cache is full (the texts a desk
-    // repeats are few; one-off texts beyond that are not kept).
-    bool keep(const QString& sql, sqlite3_stmt* statement)
+    // The statement kept for `sql`, when there is one and nobody runs or
+    // reads it.
+    std::shared_ptr<KeptStatement> idleKept(const QString& sql) const
     {
-        if (statements_.size() >= kKeptStatements)
-            return false;
-        statements_.emplace(sql, KeptStatement { statement, false });
-        return true;
+        const auto kept = statements_.find(sql);
+        return kept != statements_.end() && !kept->second->busy ? kept->second : nullptr;
+    }
+
+    // Keeps `statement` for `sql` and returns it kept, unless the cache is
+    // full (the texts a desk repeats are few; one-off texts beyond those are
+    // not kept) or the text already has a kept statement (busy meanwhile).
+    std::shared_ptr<KeptStatement> keep(const QString& sql, sqlite3_stmt* statement)
+    {
+        if (statements_.size() >= kKeptStatements || statements_.count(sql) != 0)
+            return nullptr;
+        return statements_.emplace(sql, std::make_shared<KeptStatement>(statement)).first->second;
     }
 
     qint64 run(KeptStatement& kept, std::span<const backend::Value> params, const QString& sql)
@@ -402,7 +455,7 @@ private:
 
     sqlite3* db_;
     QString database_;
-    std::map<QString, KeptStatement> statements_;
+    std::map<QString, std::shared_ptr<KeptStatement>> statements_;
 };
 
 // The write-ahead log lets the desk save while other programs read the file

@@ -5,6 +5,8 @@
 // driver. The same cases run on SQLite and on PostgreSQL.
 #include "qalpack/db/Query.h"
 
+#include <utility>
+
 #include <QDateTime>
 #include <QString>
 #include <QVariant>
@@ -85,6 +87,63 @@ TEST(SqliteDates, NumbersInDateTimeColumnsShowAsTimes)
     query.Close();
     qal::TSession::Default().DropConnections();
     qal::TSession::Default().DeleteAlias("QAL_MEMORY");
+}
+
+// SQLite keeps the statements a connection repeats prepared: each query of
+// the same text still reads its own rows with its own parameters, a schema
+// change under a kept statement is followed, and a query open when its
+// connection goes still closes cleanly.
+TEST(SqliteStatements, RepeatedTextsStayTheirOwnQueries)
+{
+    qal::TSession::Default().AddAlias("QAL_KEPT", "SQLITE", { "DATABASE=:memory:" });
+    const auto run = [](const QString& sql, const QVariantList& values = {}) {
+        TQuery query;
+        query.SetDatabaseName("QAL_KEPT");
+        query.SQL().Add(sql);
+        for (int i = 0; i < values.size(); ++i)
+            query.Params().Items(i).SetValue(values[i]);
+        query.ExecSQL();
+    };
+    const QString select = QStringLiteral("select v from t where k >= :k order by k");
+    const auto open = [&select](TQuery& query, int k) {
+        query.SetDatabaseName("QAL_KEPT");
+        query.SQL().Add(select);
+        query.ParamByName(u"k").SetAsInteger(k);
+        query.Open();
+    };
+    run("create table t (k integer, v varchar(10))");
+    for (const auto& [k, v] : { std::pair { 1, "one" }, { 2, "two" }, { 3, "three" } })
+        run("insert into t values (:k, :v)", { k, QString::fromLatin1(v) });
+    run("insert into t values (:k, :v)", { 4, QVariant() }); // a null after texts: bindings start clean
+
+    TQuery a;
+    TQuery b;
+    open(a, 1);
+    open(b, 2);
+    EXPECT_EQ(a.Fields(0).AsString(), "one");
+    EXPECT_EQ(b.Fields(0).AsString(), "two") << "the second query of the text has its own statement";
+    a.Next();
+    EXPECT_EQ(a.Fields(0).AsString(), "two");
+    a.Close();
+    b.Close();
+    TQuery again;
+    open(again, 3);
+    EXPECT_EQ(again.Fields(0).AsString(), "three") << "the kept statement runs with the new parameter";
+    again.Next();
+    EXPECT_TRUE(again.Fields(0).IsNull());
+    again.Close();
+
+    run("drop table t");
+    run("create table t (v varchar(10), k integer)");
+    run("insert into t (v, k) values ('x', 5)");
+    TQuery changed;
+    open(changed, 1);
+    EXPECT_EQ(changed.Fields(0).AsString(), "x") << "the schema changed under the kept statement";
+
+    TQuery left;
+    open(left, 1);
+    qal::TSession::Default().DropConnections(); // `changed` and `left` still read their statements
+    qal::TSession::Default().DeleteAlias("QAL_KEPT");
 }
 
 class QueryTest : public DatabaseTest
